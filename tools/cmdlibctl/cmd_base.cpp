@@ -1,0 +1,58 @@
+// Base services seen from the command line: file reads, bit sets, words.
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "cmdlibctl.h"
+#include "libbase.h"
+
+namespace {
+
+int cmd_cat_file(int argc, char **argv) {
+    if (argc != 2) return ctl_usage(argv[0]);
+    static char buf[65536];
+    if (cmd_cat(argv[1], buf, sizeof buf) != 0) {
+        fprintf(stderr, "cmdlibctl: cannot read %s\n", argv[1]);
+        return 1;
+    }
+    fputs(buf, stdout);
+    return 0;
+}
+
+int cmd_bits(int argc, char **argv) {
+    if (argc < 2) return ctl_usage(argv[0]);
+    BigValue v{};
+    if (argc == 3 && strcmp(argv[1], "parse") == 0) {
+        if (util_get_big_value_from_bits(argv[2], &v) != 0) {
+            fprintf(stderr, "cmdlibctl: not a bit-set text: %s\n", argv[2]);
+            return 1;
+        }
+        const char *sep = "";
+        for (int b = 0; b < BIG_VALUE_BITS; ++b)
+            if (util_is_one_bit_set_for_big_value(&v, b)) {
+                printf("%s%d", sep, b);
+                sep = " ";
+            }
+        printf("\n");
+        return 0;
+    }
+    for (int i = 1; i < argc; ++i) util_set_one_bit_for_big_value(&v, atoi(argv[i]));
+    char text[BIG_VALUE_TEXT_SIZE];
+    util_convert_BigValue_to_string(&v, text);
+    printf("%s\n", text);
+    return 0;
+}
+
+int cmd_words(int argc, char **argv) {
+    if (argc != 2) return ctl_usage(argv[0]);
+    char *words[UTIL_MAX_ARGUMENTS];
+    int n = util_get_all_arguments(argv[1], words);
+    for (int i = 0; i < n; ++i) printf("%d: %s\n", i, words[i]);
+    return 0;
+}
+
+}  // namespace
+
+CMDLIBCTL_COMMAND("cat", "PATH  (print a file as the library reads it)", cmd_cat_file);
+CMDLIBCTL_COMMAND("bits", "N... | parse TEXT  (bit numbers to the bit-set text and back)", cmd_bits);
+CMDLIBCTL_COMMAND("words", "LINE  (split a line into blank-separated words)", cmd_words);
