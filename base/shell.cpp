@@ -13,7 +13,6 @@
 #include "libbase.h"
 #include "raii.h"
 
-extern char **environ;
 
 namespace {
 
@@ -108,7 +107,7 @@ CMDLIB_API int util_shell_recv(char *out, int size, const char *fmt, ...) {
     char cmd[4096];
     va_list ap;
     va_start(ap, fmt);
-    int n = vsnprintf(cmd, sizeof cmd, fmt, ap);
+    int n = vsnprintf(cmd, sizeof cmd, fmt, ap);  // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(ap);
     // A command cut short could mean something else: refuse it.
     if (n < 0 || static_cast<size_t>(n) >= sizeof cmd) return -1;
