@@ -1,0 +1,224 @@
+// Helpers of the device tests; see device.h.
+#include "device.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "device_state.h"
+
+namespace fs = std::filesystem;
+namespace st = devtest::state;
+
+namespace devtest {
+
+namespace {
+
+// Removes every entry of a directory but keeps the directory itself.
+void clear_dir(const std::string &dir) {
+    std::error_code ec;
+    for (const auto &entry : fs::directory_iterator(dir, ec)) fs::remove_all(entry.path(), ec);
+}
+
+std::string answer_stem(const std::string &tool) {
+    return std::string(st::kAnswers) + "/" + st::tool_key(tool);
+}
+
+std::string quote(const std::string &text) {
+    std::string out = "'";
+    for (char c : text) {
+        if (c == '\'')
+            out += "'\\''";
+        else
+            out += c;
+    }
+    return out + "'";
+}
+
+bool entry_is_tool(const std::string &entry, const std::string &tool) {
+    std::string argv0 = entry.substr(0, entry.find(' '));
+    if (argv0 == tool) return true;
+    return tool.find('/') == std::string::npos && argv0.size() > tool.size() &&
+           argv0.compare(argv0.size() - tool.size() - 1, std::string::npos, "/" + tool) == 0;
+}
+
+}  // namespace
+
+bool in_device() {
+    return ::access(st::kMarker, F_OK) == 0 && ::getenv("CMDLIB_IN_DEVICE") != nullptr;
+}
+
+void write_file(const std::string &path, const std::string &content, int mode) {
+    std::error_code ec;
+    fs::path parent = fs::path(path).parent_path();
+    if (!parent.empty()) fs::create_directories(parent, ec);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << content;
+    out.close();
+    ::chmod(path.c_str(), static_cast<mode_t>(mode));
+}
+
+std::string read_file(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return "";
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+bool file_exists(const std::string &path) {
+    struct stat sb;
+    return ::lstat(path.c_str(), &sb) == 0;
+}
+
+void remove_all(const std::string &path) {
+    std::error_code ec;
+    fs::remove_all(path, ec);
+}
+
+bool bind_dir(const std::string &src, const std::string &dst) {
+    std::error_code ec;
+    if (fs::is_directory(src, ec))
+        fs::create_directories(dst, ec);
+    else if (!file_exists(dst))
+        write_file(dst, "");
+    return ::mount(src.c_str(), dst.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
+}
+
+int sh(const std::string &cmd) {
+    fflush(nullptr);
+    pid_t pid = ::fork();
+    if (pid < 0) return -1;
+    if (pid == 0) {
+        ::execl("/bin/sh", "sh", "-c", cmd.c_str(), static_cast<char *>(nullptr));
+        ::_exit(127);
+    }
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0)
+        if (errno != EINTR) return -1;
+    if (WIFEXITED(status)) return WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
+    return -1;
+}
+
+std::string sh_out(const std::string &cmd) {
+    fflush(nullptr);
+    FILE *p = ::popen(cmd.c_str(), "r");
+    if (!p) return "";
+    std::string out;
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+    ::pclose(p);
+    return out;
+}
+
+std::vector<std::string> calls() {
+    std::vector<std::string> out;
+    std::istringstream in(read_file(st::kCallLog));
+    for (std::string line; std::getline(in, line);) out.push_back(line);
+    return out;
+}
+
+std::vector<std::string> calls(const std::string &tool) {
+    std::vector<std::string> out;
+    for (std::string &entry : calls())
+        if (entry_is_tool(entry, tool)) out.push_back(std::move(entry));
+    return out;
+}
+
+void clear_calls() { write_file(st::kCallLog, ""); }
+
+bool wait_for_calls(const std::string &tool, size_t count, int timeout_ms) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    while (calls(tool).size() < count) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+void set_answer(const std::string &tool, const std::string &stdout_text, int exit_code) {
+    write_file(answer_stem(tool) + ".out", stdout_text);
+    write_file(answer_stem(tool) + ".rc", std::to_string(exit_code));
+}
+
+void set_answer_delay(const std::string &tool, int delay_ms) {
+    write_file(answer_stem(tool) + ".delay", std::to_string(delay_ms));
+}
+
+void reset_answers() { clear_dir(st::kAnswers); }
+
+void mdlcfg_set(const std::string &key, const std::string &value) {
+    write_file(std::string(st::kMdlcfgStore) + "/" + key, value);
+}
+
+std::string mdlcfg_get(const std::string &key, bool committed) {
+    return read_file(std::string(committed ? st::kMdlcfgCommitted : st::kMdlcfgStore) + "/" + key);
+}
+
+bool mdlcfg_has(const std::string &key, bool committed) {
+    return file_exists(std::string(committed ? st::kMdlcfgCommitted : st::kMdlcfgStore) + "/" + key);
+}
+
+void sendat_answer(const std::string &at_command, const std::string &response, int delay_ms) {
+    // Entries are numbered in the order they are added; the sendat
+    // simulator takes the highest-numbered match.
+    size_t n = 0;
+    std::error_code ec;
+    for (const auto &entry : fs::directory_iterator(st::kSendat, ec))
+        if (entry.path().extension() == ".cmd") ++n;
+    std::string stem = std::string(st::kSendat) + "/" + std::to_string(n);
+    write_file(stem + ".resp", response);
+    write_file(stem + ".delay", std::to_string(delay_ms));
+    write_file(stem + ".cmd", at_command);  // last: the entry is complete once visible
+}
+
+void make_image(const std::string &path, const std::string &feature, const std::string &payload) {
+    std::string header = "PKTP\nname: " + fs::path(path).filename().string() + "\nversion: 1.0.0\n";
+    if (!feature.empty()) header += "feature: " + feature + "\n";
+    write_file(path, header + "\n" + payload);
+}
+
+void reset_device_state() {
+    clear_calls();
+    reset_answers();
+    clear_dir(st::kMdlcfgStore);
+    clear_dir(st::kMdlcfgCommitted);
+    clear_dir(st::kSendat);
+    std::error_code ec;
+    fs::create_directories("/tmp/cmdlib", ec);
+    clear_dir("/tmp/cmdlib");
+}
+
+int ip(const std::string &args) { return sh("ip " + args); }
+
+int outside(const std::string &cmd) {
+    return sh(std::string("nsenter --net=") + st::kOperatorNs + " sh -c " + quote(cmd));
+}
+
+bool add_neighbour(const std::string &ip_addr, const std::string &mac, const std::string &dev,
+                   const std::string &nud) {
+    return ip("neigh replace " + ip_addr + " lladdr " + mac + " dev " + dev + " nud " + nud) == 0;
+}
+
+bool add_interface(const std::string &name, const std::string &cidr) {
+    return ip("link add " + name + " type dummy") == 0 && ip("addr add " + cidr + " dev " + name) == 0 &&
+           ip("link set " + name + " up") == 0;
+}
+
+}  // namespace devtest
+
+void DeviceTest::SetUp() {
+    ASSERT_TRUE(devtest::in_device()) << "not inside a device: run this binary through tests/device/run-in-device";
+    devtest::reset_device_state();
+}
