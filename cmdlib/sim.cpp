@@ -38,15 +38,6 @@ int status_dial_and_signal(char *text, int *dial_status, int *signal_quality) {
     return 0;
 }
 
-int status_read_all(char *text, int out[10]) {
-    if (!text) return -1;
-    char *argv[18];  // the line holds ten numbers; words past 18 are not looked at
-    int argc = util_get_all_args(text, ' ', '\t', argv, 18);
-    if (argc < 10) return -1;
-    for (int i = 0; i < 10; ++i) out[i] = atoi_sat(argv[i]);
-    return 0;
-}
-
 }  // namespace cmdlib
 
 namespace {

@@ -22,8 +22,4 @@ int status_need_puk(char *text);
 // both outputs untouched.
 int status_dial_and_signal(char *text, int *dial_status, int *signal_quality);
 
-// The ten numbers, as the system record's reader takes them: 0 and out[]
-// filled, or -1 (out untouched) when the text holds fewer than ten words.
-int status_read_all(char *text, int out[10]);
-
 }  // namespace cmdlib
