@@ -1,0 +1,182 @@
+// LTE status list, band 42/43 conversions, prestore lists and the
+// fibocom_t750 LTE table.
+#include <gtest/gtest.h>
+
+#include <string.h>
+
+#include <string>
+
+#include "cmdlib_module.h"
+#include "cmdlib_platform_fibocom_t750_modem.h"
+
+namespace {
+
+struct Record {
+    InfoStruct info;
+    Record() { memset(&info, 0, sizeof info); }
+};
+
+template <size_t N> void set(char (&field)[N], const char *text) { strncpy(field, text, N); }
+
+TEST(LteStatusList, OnlyNonEmptyFieldsInFixedOrder) {
+    Record r;
+    set(r.info.CQI, "12");
+    set(r.info.QXRSRP, "-95");
+    char buf[UTIL_LTE_STATUS_LIST_SIZE] = "";
+    ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, buf));
+    EXPECT_STREQ("RSRP@-95$CQI@12", buf);
+
+    char appended[UTIL_LTE_STATUS_LIST_SIZE + 16] = "IMEI@1";
+    ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, appended));
+    EXPECT_STREQ("IMEI@1$RSRP@-95$CQI@12", appended);
+}
+
+TEST(LteStatusList, AllTwentyThreeFieldsAtFullWidth) {
+    Record r;
+    // Every radio field filled to its last byte, no terminator.
+#define FILL(f) memset(r.info.f, 'v', sizeof r.info.f)
+    FILL(QXEARFCN); FILL(QXBAND); FILL(QXBANDWIDTH); FILL(QXTRANSMODE); FILL(QXRSRP);
+    FILL(QXRSRP2); FILL(QXRSRQ); FILL(QXSINR); FILL(QXSINR2); FILL(QXTA); FILL(QXTXPOWER);
+    FILL(QXGLBCELLID); FILL(QXPHYCELLID); FILL(QXRSSI); FILL(QXRSSI2); FILL(QXCINR);
+    FILL(QXCINR2); FILL(RRCState); FILL(QXULFREQUENCY); FILL(QXDLFREQUENCY); FILL(UL_MCS);
+    FILL(DL_MCS); FILL(CQI);
+#undef FILL
+    std::string buf(UTIL_LTE_STATUS_LIST_SIZE, '\0');
+    ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, &buf[0]));
+    std::string list(buf.c_str());
+    EXPECT_LT(list.size(), static_cast<size_t>(UTIL_LTE_STATUS_LIST_SIZE));
+    EXPECT_EQ(22, std::count(list.begin(), list.end(), '$'));
+    const std::string v32(32, 'v');
+    EXPECT_EQ(0u, list.find("EARFCN/ARFCN@" + v32 + "$Frequency Band@"));
+    EXPECT_NE(std::string::npos, list.find("$Physical CellID@" + v32 + "$RSSI@"));
+    EXPECT_NE(std::string::npos, list.find("$RRCState@" + v32 + "$ULFREQUENCY@"));
+    EXPECT_NE(std::string::npos, list.find("$UL_MCS@" + v32 + "$DL_MCS@" + v32 + "$CQI@" + v32));
+    EXPECT_EQ(list.size() - 4 - 32, list.rfind("CQI@"));
+}
+
+TEST(LteStatusList, NullArguments) {
+    Record r;
+    EXPECT_EQ(-1, util_generate_lte_status_response_result(&r.info, nullptr));
+    char buf[8] = "keep";
+    EXPECT_EQ(0, util_generate_lte_status_response_result(nullptr, buf));
+    EXPECT_STREQ("keep", buf);
+}
+
+TEST(Earfcn, FrequencyToEarfcnInKhz) {
+    const std::pair<int, int> cases[] = {{3400000, 41590}, {3500050, 42590}, {3600000, 43590},
+                                         {3600001, 43590}, {3600100, 43591}, {3800000, 45590},
+                                         {3399999, 0},     {3800001, 0},     {-3400000, 0},
+                                         {2147483647, 0}};
+    for (auto &c : cases)
+        EXPECT_EQ(c.second, util_get_earfcn_from_downlink_frequency_value_for_b42_43_module(c.first))
+            << c.first;
+}
+
+TEST(Earfcn, BandAndFrequencyInTenKhz) {
+    struct Case {
+        int earfcn, band, freq;
+    } cases[] = {{41589, -1, -1},     {41590, 42, 340000}, {43589, 42, 359990},
+                 {43590, 43, 360000}, {45589, 43, 379990}, {45590, -1, -1},
+                 {-41590, -1, -1}};
+    for (const Case &c : cases) {
+        EXPECT_EQ(c.band, util_get_band_from_downlink_earfcn_value(c.earfcn)) << c.earfcn;
+        EXPECT_EQ(c.freq, util_get_frequency_from_downlink_earfcn_value(c.earfcn)) << c.earfcn;
+    }
+}
+
+TEST(Prestore, EmptinessStripsTrailingBlanksInPlace) {
+    EXPECT_EQ(1, util_is_fdd_prestore_frequency_empty(nullptr));
+    EXPECT_EQ(1, util_is_tdd_prestore_frequency_empty(nullptr));
+    Record r;
+    set(r.info.QX_PRESTORE_FREQUENCY_FDD, " \t \r\n");
+    EXPECT_EQ(1, util_is_fdd_prestore_frequency_empty(&r.info));
+    set(r.info.QX_PRESTORE_FREQUENCY_TDD, "100 \n");
+    EXPECT_EQ(0, util_is_tdd_prestore_frequency_empty(&r.info));
+    EXPECT_STREQ("100", r.info.QX_PRESTORE_FREQUENCY_TDD);
+}
+
+TEST(Prestore, FirstMissingEntryInListOrder) {
+    Record r;
+    set(r.info.QX_PRESTORE_FREQUENCY_FDD, "100,200 300");
+    EXPECT_STREQ("200", util_get_next_fdd_prestore_frequency_not_in_list("100 300", &r.info));
+    EXPECT_EQ(0, util_is_all_fdd_prestore_frequency_in_list("300,100", &r.info));
+    EXPECT_EQ(nullptr, util_get_next_fdd_prestore_frequency_not_in_list("300,200 100", &r.info));
+    EXPECT_EQ(1, util_is_all_fdd_prestore_frequency_in_list("300,200 100", &r.info));
+    // tokens are whole words: 1000 is not 100
+    EXPECT_STREQ("100", util_get_next_fdd_prestore_frequency_not_in_list("1000 200 300", &r.info));
+    EXPECT_STREQ("100", util_get_next_fdd_prestore_frequency_not_in_list(nullptr, &r.info));
+    // the TDD list is separate, and empty: nothing missing
+    EXPECT_EQ(nullptr, util_get_next_tdd_prestore_frequency_not_in_list("", &r.info));
+    EXPECT_EQ(1, util_is_all_tdd_prestore_frequency_in_list("", &r.info));
+    set(r.info.QX_PRESTORE_FREQUENCY_TDD, "38950");
+    EXPECT_STREQ("38950", util_get_next_prestore_frequency_not_in_list(
+                              "100", &r.info, PRESTORE_FREQUENCY_LIST_TYPE_TDD));
+    EXPECT_EQ(nullptr, util_get_next_prestore_frequency_not_in_list(
+                           "x 38950", &r.info, static_cast<PRESTORE_FREQUENCY_LIST_TYPE>(5)));
+}
+
+TEST(Prestore, OnlyThirtyTwoWordsOfEachSideCount) {
+    Record r;
+    std::string list, answer;
+    for (int i = 0; i < 40; ++i) list += std::to_string(i) + ",";
+    for (int i = 0; i < 40; ++i) answer += std::to_string(i) + " ";
+    set(r.info.QX_PRESTORE_FREQUENCY_FDD, list.c_str());
+    // list words past 32 are never tested; all 32 are in the answer
+    EXPECT_EQ(nullptr, util_get_next_fdd_prestore_frequency_not_in_list(answer.c_str(), &r.info));
+    // an answer whose 32 tokens precede the wanted word
+    std::string late;
+    for (int i = 100; i < 132; ++i) late += std::to_string(i) + " ";
+    late += "0";
+    set(r.info.QX_PRESTORE_FREQUENCY_FDD, "0");
+    EXPECT_STREQ("0", util_get_next_fdd_prestore_frequency_not_in_list(late.c_str(), &r.info));
+    // a huge answer is cut to 255 characters, never overrun
+    std::string huge(5000, '7');
+    EXPECT_STREQ("0", util_get_next_fdd_prestore_frequency_not_in_list(huge.c_str(), &r.info));
+}
+
+TEST(LteTable, FibocomTextsAndPlaceholders) {
+    EXPECT_EQ(&fibocom_t750_lte_query_status_and_lock_one_cell, p_lte_query_lock_cell_st);
+    std::string q = util_get_at_to_query_lte_status();
+    EXPECT_EQ(11, std::count(q.begin(), q.end(), '\n'));
+    EXPECT_EQ(0u, q.find("AT+QXEARFCN?\nAT+QXBAND?\n"));
+    EXPECT_EQ(q.size() - 16, q.find("AT+QXPHYCELLID?\n"));
+    EXPECT_STREQ("AT^DPCILK?", util_get_at_to_query_lock_one_cell_status());
+    EXPECT_STREQ("AT+QXEARFCN?\nAT+QXPHYCELLID?\n", util_get_at_to_query_earfcn_physical_cell_id());
+    EXPECT_EQ(0, util_should_get_lte_status_by_api());
+    EXPECT_EQ(0, util_should_query_lock_one_cell_by_api());
+    EXPECT_EQ(0, util_should_get_lte_status_in_dialtool());
+
+    char earfcn[16] = "old", pci[16] = "old", cmd[32] = "old";
+    int locked = 5;
+    char answer[] = "^DPCILK: 1,38950,12";
+    EXPECT_EQ(-1, util_parse_lock_one_cell_status(answer, &locked, earfcn, pci));
+    EXPECT_STREQ("", earfcn);
+    EXPECT_STREQ("", pci);
+    char e[] = "38950", p[] = "12";
+    EXPECT_EQ(-1, util_get_at_to_lock_one_cell(1, e, p, cmd));
+    EXPECT_STREQ("", cmd);
+    EXPECT_EQ(0, util_read_module_status_for_specified_modem(answer, nullptr, nullptr));
+}
+
+TEST(LteStatusParse, MissingAnswerFailsBeforeAnyFileIsRead) {
+    char result[16] = "stale";
+    EXPECT_EQ(-1, util_parse_lte_status(nullptr, result));
+    EXPECT_STREQ("", result);
+    char empty[] = "";
+    strcpy(result, "stale");
+    EXPECT_EQ(-1, util_parse_query_earfcn_physical_cell_id_response(empty, result));
+    EXPECT_STREQ("", result);
+}
+
+TEST(SecondApn, FromTheRecord) {
+    Record r;
+    EXPECT_STREQ("eth1", util_get_the_second_wan_interface_name());
+    EXPECT_EQ(0, util_should_we_use_the_second_apn(&r.info));
+    EXPECT_EQ(0, util_should_we_use_the_second_apn(nullptr));
+    set(r.info.QX_CONFIG_APN_NAME3, "iot.apn");
+    EXPECT_EQ(1, util_should_we_use_the_second_apn(&r.info));
+    EXPECT_STREQ("iot.apn", util_get_apn_for_the_second_wan_interface(&r.info));
+    EXPECT_EQ(0, util_get_default_cid_value_for_the_second_apn(&r.info));
+}
+
+}  // namespace

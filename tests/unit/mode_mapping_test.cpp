@@ -1,0 +1,139 @@
+// Network-mode mapping, access technologies and the settings and
+// registration policy read from InfoStruct.
+#include <gtest/gtest.h>
+
+#include <string.h>
+
+#include <string>
+
+#include "cmdlib_band.h"
+#include "cmdlib_platform_fibocom_t750_modem.h"
+
+namespace {
+
+TEST(ModeTables, ProductListIsNumberedInOrder) {
+    for (int i = 0; i < UTIL_PREFERRED_NETWORK_MODE_COUNT; ++i)
+        EXPECT_EQ(i, all_preferred_network_mode_name_pairs[i].band_value);
+    EXPECT_STREQ("Automatic(LTE>EVDO>CDMA>TDS>UMTS>GSM)",
+                 all_preferred_network_mode_name_pairs[8].band_name);
+    EXPECT_STREQ("Auto", all_preferred_network_mode_name_pairs[25].band_name);
+    EXPECT_EQ(&fibocom_t750_network_mode_info, p_module_network_info);
+    EXPECT_EQ(4, p_module_network_info->mode_count);
+}
+
+TEST(ModeList, FibocomListsItsFourModesWithSettingNumbers) {
+    char buf[UTIL_NETWORK_MODE_LIST_SIZE] = "stale";
+    ASSERT_EQ(0, util_get_supported_network_mode_for_this_module(buf));
+    EXPECT_STREQ("0@4G/3G/2G Multi-mode$1@4G/3G Only$2@3G/2G Only$3@4G Only", buf);
+    EXPECT_EQ(-1, util_get_supported_network_mode_for_this_module(nullptr));
+}
+
+TEST(ModeMapping, SettingToModule) {
+    EXPECT_EQ(3, util_get_real_network_mode_from_settings(3));
+    EXPECT_EQ(0, util_get_real_network_mode_from_settings(0));
+    EXPECT_EQ(0, util_get_real_network_mode_from_settings(4));   // "3G Only": module default
+    EXPECT_EQ(0, util_get_real_network_mode_from_settings(25));  // last named setting
+    EXPECT_EQ(-1, util_get_real_network_mode_from_settings(26));
+    EXPECT_EQ(-1, util_get_real_network_mode_from_settings(-1));
+}
+
+TEST(ModeMapping, ModuleToSetting) {
+    for (int m = 0; m < 4; ++m) EXPECT_EQ(m, util_get_real_settings_from_network_mode(m));
+    EXPECT_EQ(-1, util_get_real_settings_from_network_mode(4));
+    EXPECT_EQ(-1, util_get_real_settings_from_network_mode(7));
+    EXPECT_EQ(-1, util_get_real_settings_from_network_mode(-100));
+}
+
+TEST(Act, NamesAndClasses) {
+    EXPECT_STREQ("2G/EDGE", util_convert_act_to_network_mode_string(3));
+    EXPECT_STREQ("3G/HSPA+", util_convert_act_to_network_mode_string(8));
+    EXPECT_EQ(nullptr, util_convert_act_to_network_mode_string(9));
+    EXPECT_EQ(nullptr, util_convert_act_to_network_mode_string(-1));
+
+    struct Case {
+        int act;
+        int cls;
+        const char *name;
+    } cases[] = {{0, 0, "2G"},  {1, 0, "2G"},       {2, 2, "3G"},          {3, 0, "2G/EDGE"},
+                 {4, 2, "3G/HSDPA"}, {5, 2, "3G/HSUPA"}, {6, 2, "3G/HSDPA HSUPA"}, {7, 7, "4G"},
+                 {8, 2, "3G/HSPA+"}, {9, 2, ""}, {-1, 0, ""}, {-2147483647 - 1, 0, ""},
+                 {2147483647, 2, ""}};
+    for (const Case &c : cases) {
+        char buf[32] = "stale";
+        EXPECT_EQ(c.cls, util_get_remapped_network_act(c.act, buf)) << c.act;
+        EXPECT_STREQ(c.name, buf) << c.act;
+        EXPECT_EQ(c.cls, util_get_remapped_network_act(c.act, nullptr)) << c.act;
+    }
+}
+
+struct Record {
+    InfoStruct info;
+    Record() { memset(&info, 0, sizeof info); }
+};
+
+template <size_t N> void set(char (&field)[N], const char *text) {
+    strncpy(field, text, N);
+}
+
+TEST(Settings, SearchStrategy) {
+    Record r;
+    EXPECT_EQ(3, util_get_lte_search_network_strategy(&r.info));
+    const std::pair<const char *, int> cases[] = {{"0", 0}, {"2", 2}, {"3", 3}, {"7", 3},
+                                                  {"-2", 3}, {"abc", 0}, {"99999999999999", 3}};
+    for (auto &c : cases) {
+        set(r.info.QX_4G_FDD_PREFERRED, c.first);
+        EXPECT_EQ(c.second, util_get_lte_search_network_strategy(&r.info)) << c.first;
+    }
+    EXPECT_EQ(3, util_get_lte_search_network_strategy(nullptr));
+}
+
+TEST(Settings, CsPsMode) {
+    Record r;
+    EXPECT_EQ(4, util_get_cs_ps_service_mode(&r.info));
+    const std::pair<const char *, int> cases[] = {{"3", 3}, {"0", 0}, {"-1", 4}, {"4", 4},
+                                                  {"1x", 1}};
+    for (auto &c : cases) {
+        set(r.info.QX_CS_PS_PREFERRED_MODE, c.first);
+        EXPECT_EQ(c.second, util_get_cs_ps_service_mode(&r.info)) << c.first;
+    }
+}
+
+TEST(Settings, UnsupportedModeMaskIsHex) {
+    Record r;
+    EXPECT_EQ(0, util_get_unsupported_network_mode(&r.info));
+    const std::pair<const char *, int> cases[] = {
+        {"10", 0x10}, {"0x1f", 0x1f}, {"0XA", 0xA}, {"ff;", 0xff}, {"zz", 0}, {"0x", 0},
+        {"7fffffff", 0x7fffffff}, {"123456789", 0x23456789}, {"ffffffffffffffffffff", -1}};
+    for (auto &c : cases) {
+        set(r.info.QX_NETWORK_MODE_NOT_SUPPORT, c.first);
+        EXPECT_EQ(c.second, util_get_unsupported_network_mode(&r.info)) << c.first;
+    }
+    // a field filled to its last byte is read within its width
+    memset(r.info.QX_NETWORK_MODE_NOT_SUPPORT, '1', sizeof r.info.QX_NETWORK_MODE_NOT_SUPPORT);
+    EXPECT_EQ(-1, util_get_unsupported_network_mode(&r.info));  // 32 digits saturate
+    EXPECT_EQ(0, util_get_unsupported_apn_auth_type());
+}
+
+TEST(Registration, LockPolicy) {
+    Record r;
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));  // lock off
+    set(r.info.QX_LOCK_NETWORK_PLMN, "46000");
+    set(r.info.QX_ENABLE_LOCK_NETWORK, "Yes");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));  // not exactly "yes"
+    set(r.info.QX_ENABLE_LOCK_NETWORK, "yes");
+    set(r.info.QX_LOCK_NETWORK_PLMN2, "46001");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46001"));
+    EXPECT_EQ(0, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));
+    EXPECT_EQ(0, util_is_register_to_curent_plmn_alowed(&r.info, "4600"));   // whole string
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, ""));
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, nullptr));
+
+    Record last;
+    set(last.info.QX_ENABLE_LOCK_NETWORK, "yes");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&last.info, "46002"));  // lists nothing
+    set(last.info.QX_LOCK_NETWORK_PLMN10, "46009");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&last.info, "46009"));
+    EXPECT_EQ(0, util_is_register_to_curent_plmn_alowed(&last.info, "46002"));
+}
+
+}  // namespace
