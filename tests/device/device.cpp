@@ -94,6 +94,8 @@ bool bind_dir(const std::string &src, const std::string &dst) {
     return ::mount(src.c_str(), dst.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
 }
 
+bool unbind(const std::string &dst) { return ::umount2(dst.c_str(), MNT_DETACH) == 0; }
+
 int sh(const std::string &cmd) {
     fflush(nullptr);
     pid_t pid = ::fork();
@@ -212,7 +214,11 @@ bool add_neighbour(const std::string &ip_addr, const std::string &mac, const std
 }
 
 bool add_interface(const std::string &name, const std::string &cidr) {
-    return ip("link add " + name + " type dummy") == 0 && ip("addr add " + cidr + " dev " + name) == 0 &&
+    // The kernel of the build machine may lack dummy interfaces; a veth
+    // whose far end sits (up) in the outside namespace has carrier as well.
+    std::string peer = name.substr(0, 13) + "-p";
+    return ip("link add " + name + " type veth peer name " + peer + " netns " + st::kOperatorNs) == 0 &&
+           outside("ip link set " + peer + " up") == 0 && ip("addr add " + cidr + " dev " + name) == 0 &&
            ip("link set " + name + " up") == 0;
 }
 

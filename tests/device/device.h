@@ -31,6 +31,8 @@ void remove_all(const std::string &path);
 // fixture tree over a part of read-only /sys.  Creates dst when missing.
 // Returns false (and the test should fail) when the mount is refused.
 bool bind_dir(const std::string &src, const std::string &dst);
+// Undoes bind_dir.
+bool unbind(const std::string &dst);
 
 // ---- shell ---------------------------------------------------------------
 // Runs the command line through /bin/sh; its exit code (128+n if killed by
@@ -93,7 +95,8 @@ int outside(const std::string &cmd);
 // A neighbour entry (default on br0, state reachable).
 bool add_neighbour(const std::string &ip_addr, const std::string &mac, const std::string &dev = "br0",
                    const std::string &nud = "reachable");
-// A dummy interface with one address ("10.9.0.1/24"), up.
+// An interface (a veth whose far end is in the outside namespace) with one
+// address ("10.9.0.1/24"), up with carrier.  "ip link del NAME" removes it.
 bool add_interface(const std::string &name, const std::string &cidr);
 
 }  // namespace devtest

@@ -397,12 +397,14 @@ int packtoolpro(int argc, char **argv) {
     return 0;
 }
 
+}  // namespace
+
 // ---- installation --------------------------------------------------------------------
 
-// "device_sim --install ROOT SELF": prepares the device tree under ROOT
+// Prepares the device tree under ROOT
 // (the merged overlay, before the root is switched): firmware directories,
 // simulator state, and a link to SELF at every tool's path.
-int install(const std::string &root, const std::string &self) {
+int device_install(const std::string &root, const std::string &self) {
     for (const char *dir : kFirmwareDirs) mkdirs(root + dir);
     mkdirs(root + st::kAnswers);
     mkdirs(root + st::kMdlcfgStore);
@@ -427,11 +429,18 @@ int install(const std::string &root, const std::string &self) {
     return rc;
 }
 
-}  // namespace
+
+int device_setup(int argc, char **argv, const std::string &self);
 
 int main(int argc, char **argv) {
-    if (argc >= 4 && std::string(argv[1]) == "--install") return install(argv[2], argv[3]);
     if (argc < 1) return 1;
+    if (argc >= 2 && std::string(argv[1]) == "--setup") {
+        char self[4096];
+        ssize_t n = ::readlink("/proc/self/exe", self, sizeof self - 1);
+        if (n <= 0) return 1;
+        self[n] = '\0';
+        return device_setup(argc, argv, self);
+    }
     log_call(argc, argv);
 
     std::string name = base_name(argv[0]);
