@@ -1,0 +1,53 @@
+// Direct execution in the device: the firmware's tools are simulators that
+// log the argv they receive, so the log shows exactly what was run and
+// that nothing else was.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "cmdlib_secure.h"
+#include "device.h"
+
+namespace {
+
+class SecureDevice : public DeviceTest {
+  protected:
+    // Starts cmd and reaps the child; its exit status.
+    static int run(std::string cmd, std::string out) {
+        EXPECT_EQ(execute_command_using_execvp(cmd.data(), out.data()), 0);
+        int st = 0;
+        EXPECT_GT(wait(&st), 0);
+        return WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+    }
+};
+
+TEST_F(SecureDevice, UserTextCannotStartASecondProgram) {
+    // the simulator's own exit status does not matter here
+    run("mdlcfg -a QX_NAME=\"x;reboot\" `reboot` $(reboot) |reboot &&reboot", "/tmp/cmdlib/exec.out");
+    auto calls = devtest::calls("mdlcfg");
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0], "mdlcfg -a QX_NAME=\"x;reboot\" `reboot` $(reboot) |reboot &&reboot");
+    EXPECT_TRUE(devtest::calls("reboot").empty());
+    EXPECT_TRUE(devtest::calls("sh").empty());
+}
+
+TEST_F(SecureDevice, ProgramIsFoundOnPathAndWritesTheOutputFile) {
+    devtest::write_file("/usr/local/bin/showargs", "#!/bin/sh\nprintf '[%s]' \"$@\"\necho >&2 err\n", 0755);
+    EXPECT_EQ(run("showargs  *  'a  b'  $HOME", "/tmp/cmdlib/args.out"), 0);
+    EXPECT_EQ(devtest::read_file("/tmp/cmdlib/args.out"), "[*]['a][b'][$HOME]err\n");
+}
+
+TEST_F(SecureDevice, ChildIsASessionLeaderOfItsOwn) {
+    devtest::write_file("/usr/local/bin/showsid", "#!/bin/sh\ncut -d' ' -f6 /proc/$$/stat\necho $$\n", 0755);
+    EXPECT_EQ(run("showsid", "/tmp/cmdlib/sid.out"), 0);
+    std::string text = devtest::read_file("/tmp/cmdlib/sid.out");
+    size_t nl = text.find('\n');
+    ASSERT_NE(nl, std::string::npos);
+    long sid = std::stol(text.substr(0, nl));
+    long pid = std::stol(text.substr(nl + 1));
+    EXPECT_EQ(sid, pid);
+    EXPECT_NE(sid, getsid(0));
+}
+
+}  // namespace
