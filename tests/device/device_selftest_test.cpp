@@ -297,6 +297,7 @@ TEST_F(FirmwareTools, SendatAnswersFromTheTable) {
 }
 
 TEST_F(FirmwareTools, SendatThatNeverAnswersRunsUntilKilled) {
+    devtest::remove_all("/tmp/at.out");
     devtest::sendat_answer("AT+COPS?", "never", -1);
     devtest::write_file("/tmp/at.cmd", "AT+COPS?");
     ASSERT_EQ(devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/at.cmd -o/tmp/at.out  1>/dev/null 2>&1 &"), 0);
@@ -313,6 +314,7 @@ TEST_F(FirmwareTools, SendatThatNeverAnswersRunsUntilKilled) {
 }
 
 TEST_F(FirmwareTools, SendatDelaysItsAnswer) {
+    devtest::remove_all("/tmp/at.out");
     devtest::sendat_answer("ATI", "\r\nFibocom\r\nOK\r\n", 200);
     devtest::write_file("/tmp/at.cmd", "ATI");
     ASSERT_EQ(devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/at.cmd -o/tmp/at.out &"), 0);
