@@ -1,0 +1,31 @@
+#!/bin/bash
+# Runs the cmdlibctl demo inside a throwaway device prepared with a
+# realistic router state.  Builds nothing: give it a configured and built
+# build tree.   usage: bash scripts/demo.sh BUILD_DIR
+set -eu
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+BUILD=$(cd "${1:?usage: scripts/demo.sh BUILD_DIR}" && pwd)
+CTL=$BUILD/cmdlibctl
+[[ -x $CTL ]] || { echo "demo: $CTL is not built" >&2; exit 1; }
+[[ -x $BUILD/tests/device/device_sim ]] || { echo "demo: the device simulators are not built (target device_sim)" >&2; exit 1; }
+
+# Each cmdlibctl subcommand that exists in this build is shown; the list
+# follows what the families have registered ("cmdlibctl help").
+exec "$ROOT/tests/device/run-in-device" --build "$BUILD" --state "$ROOT/tests/device/demo-state.sh" -- \
+    bash -c '
+CTL=$1
+run() { printf "\n\$ cmdlibctl %s\n" "$*"; "$CTL" "$@" || printf "(exit %d)\n" $?; }
+available=$("$CTL" help | awk "/^  /{print \$1}")
+has() { grep -qx "$1" <<<"$available"; }
+echo "== cmdlib demo on a simulated fibocom_t750 router =="
+run help
+has sysinfo  && run sysinfo /version
+has features && run features
+has config   && run config get QX_FOTA_URL
+has net      && run net
+has ps       && run ps dnsmasq
+has usb      && run usb ports
+has cat      && run cat /tmp/cmdlib/.system_signal_sim_status_ind
+printf "\n== firmware tools the library called ==\n"
+cat /var/lib/device/calls.log
+' demo "$CTL"
