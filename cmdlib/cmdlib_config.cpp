@@ -243,11 +243,10 @@ CMDLIB_API int util_config_read_fields(const char **args, int args_count,
 CMDLIB_API const char *util_config_get_field_value(const ConfigKeyValuePair *result,
                                                    int result_count, const char *field_name) {
     if (!result || !field_name) return "";
-    for (int i = 0; i < result_count; ++i) {
-        const ConfigKeyValuePair &p = result[i];
-        if (strncmp(p.key, field_name, sizeof p.key) == 0 && strlen(field_name) < sizeof p.key)
-            return p.value;
-    }
+    // A stored key has at most 63 characters; a longer name never matches.
+    if (strnlen(field_name, CONFIG_KEY_SIZE) == CONFIG_KEY_SIZE) return "";
+    for (int i = 0; i < result_count; ++i)
+        if (strncmp(result[i].key, field_name, CONFIG_KEY_SIZE) == 0) return result[i].value;
     return "";
 }
 
