@@ -1,0 +1,324 @@
+// Modem family inside the device: the AT channel against the sendat
+// simulator, the flag files, the status indication file, the signal
+// override files and the modem process checks.
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "cmdlib_band.h"
+#include "cmdlib_info.h"
+#include "cmdlib_module.h"
+#include "cmdlib_platform_quectel_x12.h"
+#include "cmdlib_signal.h"
+#include "device.h"
+#include "sim.h"
+
+namespace {
+
+// Copies of this binary started with MODEM_TEST_SLEEPER set only sleep:
+// they stand in for the modem tools whose names the library looks for.
+const int g_sleeper = [] {
+    if (getenv("MODEM_TEST_SLEEPER")) {
+        pause();
+        _exit(0);
+    }
+    return 0;
+}();
+
+class Program {
+  public:
+    Program(const std::string &name, std::vector<std::string> args) {
+        std::string path = "/tmp/modem_bin/" + name;
+        std::error_code ec;
+        std::filesystem::create_directories("/tmp/modem_bin", ec);
+        if (!std::filesystem::exists(path, ec))
+            std::filesystem::copy_file(std::filesystem::read_symlink("/proc/self/exe"), path, ec);
+        pid_ = fork();
+        if (pid_ == 0) {
+            setenv("MODEM_TEST_SLEEPER", "1", 1);
+            std::vector<char *> argv{const_cast<char *>(path.c_str())};
+            for (auto &a : args) argv.push_back(const_cast<char *>(a.c_str()));
+            argv.push_back(nullptr);
+            execv(path.c_str(), argv.data());
+            _exit(127);
+        }
+        // wait until the child runs under its new name
+        for (int i = 0; i < 200; ++i) {
+            if (devtest::read_file("/proc/" + std::to_string(pid_) + "/cmdline").find(name) !=
+                std::string::npos)
+                break;
+            usleep(5000);
+        }
+    }
+    ~Program() {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+
+  private:
+    pid_t pid_;
+};
+
+const char *kStatus = "/tmp/cmdlib/.system_signal_sim_status_ind";
+
+double seconds_since(std::chrono::steady_clock::time_point t0) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+}
+
+// Scratch files of the AT channel left behind in /tmp.
+int leftover_tmp_files() {
+    int n = 0;
+    for (auto &e : std::filesystem::directory_iterator("/tmp"))
+        if (e.path().filename().string().rfind(".cmdlib_tmp_", 0) == 0) ++n;
+    return n;
+}
+
+class ModemDevice : public DeviceTest {};
+
+// ---- AT channel -----------------------------------------------------------------
+
+TEST_F(ModemDevice, AtAnswerFound) {
+    devtest::sendat_answer("AT+CSQ", "\r\n+CSQ: 23,99\r\n\r\nOK\r\n");
+    int before = leftover_tmp_files();
+    char resp[128];
+    memset(resp, 'x', sizeof resp);
+    util_send_at_commands("AT+CSQ", resp, sizeof resp, 5);
+    EXPECT_STREQ("\r\n+CSQ: 23,99\r\n\r\nOK\r\n", resp);
+    auto calls = devtest::calls("sendat");
+    ASSERT_EQ(1u, calls.size());
+    EXPECT_EQ(0u, calls[0].find("sendat -d/dev/ttyUSB1 -f/tmp/.cmdlib_tmp_")) << calls[0];
+    EXPECT_NE(std::string::npos, calls[0].find(" -o/tmp/.cmdlib_tmp_")) << calls[0];
+    EXPECT_EQ(before, leftover_tmp_files());  // both scratch files removed
+}
+
+TEST_F(ModemDevice, AtAnswerLargerThanBufferIsCut) {
+    devtest::sendat_answer("ATI", std::string(300, 'A'));
+    char resp[17];
+    memset(resp, 'x', sizeof resp);
+    util_send_at_commands("ATI", resp, 16, 1);
+    EXPECT_EQ(std::string(15, 'A'), std::string(resp));
+    EXPECT_EQ('x', resp[16]);  // nothing written past size
+}
+
+TEST_F(ModemDevice, AtSlowAnswer) {
+    devtest::sendat_answer("AT+COPS?", "+COPS: 0,0,\"CMCC\",7\r\nOK", 2500);
+    char resp[64];
+    auto t0 = std::chrono::steady_clock::now();
+    util_send_at_commands("AT+COPS?", resp, sizeof resp, 60);
+    double took = seconds_since(t0);
+    EXPECT_STREQ("+COPS: 0,0,\"CMCC\",7\r\nOK", resp);
+    EXPECT_GE(took, 2.4);
+    EXPECT_LT(took, 10.0);
+}
+
+TEST_F(ModemDevice, AtNoAnswerEndsWithinTheBudget) {
+    devtest::sendat_answer("AT+HANG", "never", -1);
+    char resp[32];
+    memset(resp, 'x', sizeof resp);
+    auto t0 = std::chrono::steady_clock::now();
+    util_send_at_commands("AT+HANG", resp, sizeof resp, 1);
+    double took = seconds_since(t0);
+    EXPECT_EQ(std::string(32, '\0'), std::string(resp, 32));  // all zero: no answer
+    EXPECT_GE(took, 55.0);  // 60 passes of one second
+    EXPECT_LT(took, 70.0);
+    util_kill_some_processes_for_modem_upgarde();  // the hung sender goes too
+}
+
+TEST_F(ModemDevice, AtWithoutWaitReturnsAtOnce) {
+    devtest::sendat_answer("AT", "OK", 3000);
+    char resp[8] = "old";
+    auto t0 = std::chrono::steady_clock::now();
+    util_send_at_commands("AT", resp, sizeof resp, 0);
+    EXPECT_LT(seconds_since(t0), 1.0);
+    EXPECT_STREQ("", resp);
+    EXPECT_TRUE(devtest::wait_for_calls("sendat", 1));
+}
+
+TEST_F(ModemDevice, AtEmptyCommandStartsNothing) {
+    char resp[8] = "old";
+    util_send_at_commands("", resp, sizeof resp, 60);
+    EXPECT_STREQ("", resp);
+    util_send_at_commands(nullptr, resp, sizeof resp, 60);
+    util_send_at_commands("AT", nullptr, 0, 0);  // no response buffer: runs, never writes
+    usleep(300000);
+    EXPECT_EQ(1u, devtest::calls("sendat").size());
+}
+
+TEST_F(ModemDevice, AtConcurrentCallersNeitherHangsNorOverruns) {
+    devtest::sendat_answer("AT+A", "ANSWER-A", 1500);
+    devtest::sendat_answer("AT+B", "ANSWER-B", 1500);
+    char a[32], b[32];
+    auto t0 = std::chrono::steady_clock::now();
+    std::thread ta([&] { util_send_at_commands("AT+A", a, sizeof a, 60); });
+    usleep(300000);
+    std::thread tb([&] { util_send_at_commands("AT+B", b, sizeof b, 60); });
+    ta.join();
+    tb.join();
+    EXPECT_LT(seconds_since(t0), 15.0);
+    // The later caller kills the earlier sender: the first caller gets its
+    // own answer or nothing, never the other's.
+    EXPECT_TRUE(std::string(a).empty() || std::string(a) == "ANSWER-A") << a;
+    EXPECT_STREQ("ANSWER-B", b);
+    EXPECT_EQ(2u, devtest::calls("sendat").size());
+}
+
+// ---- flag files -------------------------------------------------------------------
+
+TEST_F(ModemDevice, FlagFiles) {
+    struct Flag {
+        int (*fn)(void);
+        const char *path;
+    } flags[] = {
+        {is_gsm_disabled, "/tmp/cmdlib/.config_disable_gsm_flag"},
+        {util_is_gsm_mode_not_supported, "/tmp/.gsm_not_supported_bit_flag_file"},
+        {util_is_wcdma_mode_not_supported, "/tmp/.wcdma_not_supported_bit_flag_file"},
+        {util_is_tdscdma_mode_not_supported, "/tmp/.tdscdma_not_supported_bit_flag_file"},
+        {util_is_lte_mode_not_supported, "/tmp/.lte_not_supported_bit_flag_file"},
+        {util_is_wcdma_preferred, "/tmp/.wcdma_preferred_bit_flag_file"},
+        {util_should_dial_lte_manually, "/tmp/cmdlib/.dial_lte_module_manually"},
+        {util_should_disconnect_from_lte_network_immediately,
+         "/tmp/cmdlib/.disconnect_from_lte_network_immediately"},
+        {is_ttyusb1_used, "/tmp/cmdlib/.is_ttyUSB1_used"},
+    };
+    for (const Flag &f : flags) {
+        EXPECT_EQ(0, f.fn()) << f.path;
+        devtest::write_file(f.path, "");
+        EXPECT_EQ(1, f.fn()) << f.path;
+        devtest::remove_all(f.path);
+        EXPECT_EQ(0, f.fn()) << f.path;
+    }
+    // the /tmp flags are not looked for under /tmp/cmdlib
+    devtest::write_file("/tmp/cmdlib/.gsm_not_supported_bit_flag_file", "");
+    EXPECT_EQ(0, util_is_gsm_mode_not_supported());
+}
+
+// ---- status indication file ------------------------------------------------------
+
+TEST_F(ModemDevice, SimStateFromStatusFile) {
+    EXPECT_EQ(0, cmd_sim_exist());  // missing file
+    EXPECT_EQ(0, cmd_sim_need_pin());
+    EXPECT_EQ(0, cmd_sim_need_puk());
+    devtest::write_file(kStatus, "1 1 0 23 0 1 1 1 7 1\n");
+    EXPECT_EQ(1, cmd_sim_exist());
+    EXPECT_EQ(1, cmd_sim_need_pin());
+    EXPECT_EQ(0, cmd_sim_need_puk());
+    devtest::write_file(kStatus, "1 2 1");
+    EXPECT_EQ(0, cmd_sim_need_pin());
+    EXPECT_EQ(1, cmd_sim_need_puk());
+    devtest::write_file(kStatus, "0 0 0 0 0 0 0 0 0 0");
+    EXPECT_EQ(0, cmd_sim_exist());
+    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
+    EXPECT_EQ(2147483647, cmd_sim_exist());
+}
+
+TEST_F(ModemDevice, DialStatusAndSignal) {
+    int st = -5, sig = -5;
+    EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    devtest::write_file(kStatus, "1 0 0 23 0 5 5 5 7 1\n");
+    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    EXPECT_EQ(0, st);
+    EXPECT_EQ(23, sig);
+    devtest::write_file(kStatus, "1 0 0 18 0 0 0 1 7 1\n");
+    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    EXPECT_EQ(1, st);
+    EXPECT_EQ(18, sig);
+    devtest::write_file(kStatus, "1 0 0 18 0 0 0\n");
+    st = sig = -5;
+    EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    EXPECT_EQ(-5, st);
+}
+
+TEST_F(ModemDevice, LteStatusParseFollowsSimAndTechnology) {
+    char answer[] = "+QXRSRP: -95\r\nOK";
+    char result[32] = "stale";
+    EXPECT_EQ(0, util_parse_lte_status(answer, result));  // no SIM: empty, 0
+    EXPECT_STREQ("", result);
+    devtest::write_file(kStatus, "1 0 0 23 0 1 1 1 2 1\n");  // SIM, act 2
+    strcpy(result, "stale");
+    EXPECT_EQ(0, util_parse_lte_status(answer, result));
+    EXPECT_STREQ("", result);
+    devtest::write_file(kStatus, "1 0 0 23 0 1 1 1 7 1\n");  // LTE: the platform parser
+    strcpy(result, "stale");
+    EXPECT_EQ(0, util_parse_lte_status(answer, result));
+    EXPECT_STREQ("", result);
+    char empty[] = "";
+    EXPECT_EQ(-1, util_parse_lte_status(empty, result));
+}
+
+// ---- signal overrides ---------------------------------------------------------------
+
+TEST_F(ModemDevice, SignalOverrideFiles) {
+    int l[5] = {1, 1, 1, 1, 1};
+    util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
+    EXPECT_EQ((std::vector<int>{-120, -115, -110, -105, -97}), std::vector<int>(l, l + 5));
+    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_1_MIN_RSRP", "-125\n");
+    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_3_MIN_RSRP", "0");
+    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_4_MIN_RSRP", "junk");
+    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_5_MIN_RSRP", "-90123456789");
+    util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
+    EXPECT_EQ(-125, l[0]);
+    EXPECT_EQ(-115, l[1]);
+    EXPECT_EQ(-110, l[2]);  // 0 means the default
+    EXPECT_EQ(-105, l[3]);
+    EXPECT_EQ(-901234, l[4]);  // only 7 characters are read
+    // the schemas themselves are not changed by the overrides
+    EXPECT_EQ(0, util_signal_get_level_by_4g_rsrp(nullptr, -121));
+    util_get_min_lte_rsrp_values_for_signal_level(&l[0], nullptr, &l[2], &l[3], &l[4]);
+}
+
+// ---- modem processes ---------------------------------------------------------------
+
+TEST_F(ModemDevice, LogToolsAndDialPrograms) {
+    EXPECT_EQ(1, util_is_dial_program_running());  // no dial program known
+    char *names[4] = {};
+    EXPECT_EQ(0, util_get_all_dial_process_names(names, 4));
+    EXPECT_EQ(0, util_is_log_tools_running());
+    {
+        Program remserial("remserial", {"-x"});  // not serving a port
+        EXPECT_EQ(0, util_is_log_tools_running());
+    }
+    {
+        Program remserial("remserial", {"-s", "115200", "-p", "2000"});
+        EXPECT_EQ(1, util_is_log_tools_running());
+    }
+    {
+        Program diag("diag_socket_log", {});
+        EXPECT_EQ(1, util_is_log_tools_running());
+    }
+    Program proxy("ComProxy", {});
+    EXPECT_EQ(1, util_is_log_tools_running());
+}
+
+TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
+    devtest::sendat_answer("AT+HOLD", "x", -1);
+    char resp[8];
+    util_send_at_commands("AT+HOLD", resp, sizeof resp, 0);  // leaves a hung sender
+    ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
+    usleep(200000);
+    EXPECT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
+    util_kill_some_processes_for_modem_upgarde();
+    usleep(200000);
+    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
+}
+
+TEST_F(ModemDevice, PortsAndUsbRate) {
+    EXPECT_STREQ("/dev/ttyUSB1", util_get_at_port());
+    EXPECT_STREQ("", util_get_modem_log_file_name());
+    char at[] = "AT+CSQ";
+    char gen[8] = "keep";
+    EXPECT_EQ(at, util_get_wrapped_at_cmd_for_module(nullptr, at, gen));
+    EXPECT_STREQ("keep", gen);
+    EXPECT_EQ(-1, quectel_x12_opt_set_usb_rate(nullptr));
+    EXPECT_EQ(0, quectel_x12_opt_set_usb_rate("3"));
+    EXPECT_FALSE(devtest::file_exists("/sys/devices/platform/8a00000.ssusb/speed"));
+}
+
+}  // namespace
