@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <strings.h>
 
 #include "cmdlib.h"
 #include "cmdlib_features.h"
@@ -103,6 +104,10 @@ int cmd_features(int argc, char **argv) {
 
 int cmd_log(int argc, char **argv) {
     if (argc != 3 || strcmp(argv[1], "flags") != 0) return ctl_usage(argv[0]);
+    BigValue mask{};
+    if (strncasecmp(argv[2], "all", 3) != 0 && util_get_big_value_from_bits(argv[2], &mask) != 0)
+        fprintf(stderr, "cmdlibctl: %s is not a bit-set text (e.g. 00000005): all flags off\n",
+                argv[2]);
     util_recreate_debug_flag_files(argv[2]);
     int count = 0;
     const LogConfigInfo *rows = util_get_log_config_info(&count);
