@@ -299,14 +299,19 @@ TEST_F(ModemDevice, LogToolsAndDialPrograms) {
 
 TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
     devtest::sendat_answer("AT+HOLD", "x", -1);
-    char resp[8];
-    util_send_at_commands("AT+HOLD", resp, sizeof resp, 0);  // leaves a hung sender
+    devtest::write_file("/tmp/modem_hold_cmd", "AT+HOLD\n");
+    devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/modem_hold_cmd -o/tmp/modem_hold_out >/dev/null 2>&1 &");
     ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
+    Program checker("checkusbnet", {});
+    Program last("diallm923s", {"-i", "usb0"});
     usleep(200000);
-    EXPECT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
+    ASSERT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
+    ASSERT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
     util_kill_some_processes_for_modem_upgarde();
-    usleep(200000);
+    usleep(300000);
     EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
+    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("checkusbnet")));
+    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
 }
 
 TEST_F(ModemDevice, PortsAndUsbRate) {

@@ -16,7 +16,11 @@ struct Record {
     Record() { memset(&info, 0, sizeof info); }
 };
 
-template <size_t N> void set(char (&field)[N], const char *text) { strncpy(field, text, N); }
+template <size_t N> void set(char (&field)[N], const char *text) {
+    size_t n = strnlen(text, N - 1);
+    memcpy(field, text, n);
+    field[n] = '\0';
+}
 
 TEST(LteStatusList, OnlyNonEmptyFieldsInFixedOrder) {
     Record r;

@@ -72,7 +72,9 @@ struct Record {
 };
 
 template <size_t N> void set(char (&field)[N], const char *text) {
-    strncpy(field, text, N);
+    size_t n = strnlen(text, N - 1);
+    memcpy(field, text, n);
+    field[n] = '\0';
 }
 
 TEST(Settings, SearchStrategy) {
