@@ -48,10 +48,11 @@ class Daemon {
             execv(argv[0].c_str(), v.data());
             _exit(127);
         }
-        for (int i = 0; i < 1000; ++i) {
-            char line[512] = "";
-            if (util_get_process_command_line(pid_, line, sizeof line) == 0 &&
-                std::string(line).rfind(argv[0], 0) == 0)
+        // until it has run its exec and sits in pause(): sleeping, and its
+        // name (comm) is that of the installed copy
+        std::string comm = "(" + argv[0].substr(argv[0].rfind('/') + 1) + ") S";
+        for (int i = 0; i < 2000; ++i) {
+            if (devtest::read_file("/proc/" + std::to_string(pid_) + "/stat").find(comm) != std::string::npos)
                 break;
             usleep(2000);
         }
