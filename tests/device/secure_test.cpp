@@ -38,16 +38,4 @@ TEST_F(SecureDevice, ProgramIsFoundOnPathAndWritesTheOutputFile) {
     EXPECT_EQ(devtest::read_file("/tmp/cmdlib/args.out"), "[*]['a][b'][$HOME]err\n");
 }
 
-TEST_F(SecureDevice, ChildIsASessionLeaderOfItsOwn) {
-    devtest::write_file("/usr/local/bin/showsid", "#!/bin/sh\ncut -d' ' -f6 /proc/$$/stat\necho $$\n", 0755);
-    EXPECT_EQ(run("showsid", "/tmp/cmdlib/sid.out"), 0);
-    std::string text = devtest::read_file("/tmp/cmdlib/sid.out");
-    size_t nl = text.find('\n');
-    ASSERT_NE(nl, std::string::npos);
-    long sid = std::stol(text.substr(0, nl));
-    long pid = std::stol(text.substr(nl + 1));
-    EXPECT_EQ(sid, pid);
-    EXPECT_NE(sid, getsid(0));
-}
-
 }  // namespace

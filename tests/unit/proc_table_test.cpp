@@ -1,12 +1,9 @@
 // Process table: the /proc parsers on text, the walk on a fixture tree that
-// stands in for /proc, and the exported queries on the real /proc with
-// processes started here.
+// stands in for /proc, and the exported readers on the real /proc.
 #include <fcntl.h>
 #include <limits.h>
-#include <signal.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -27,51 +24,6 @@ using cmdlib::ProcQuery;
 using ::testing::UnorderedElementsAre;
 
 namespace {
-
-// Started with CMDLIB_TEST_SLEEPER set, this binary only sleeps: the tests
-// exec it under any argv they like to get a process with a known command
-// line.
-const int g_sleeper = [] {
-    if (getenv("CMDLIB_TEST_SLEEPER")) {
-        sleep(60);
-        _exit(0);
-    }
-    return 0;
-}();
-
-// A sleeping child whose command line is argv; killed and reaped on scope
-// exit.
-class Sleeper {
-  public:
-    explicit Sleeper(std::vector<std::string> argv) {
-        pid_ = fork();
-        if (pid_ == 0) {
-            std::vector<char *> v;
-            for (auto &a : argv) v.push_back(a.data());
-            v.push_back(nullptr);
-            setenv("CMDLIB_TEST_SLEEPER", "1", 1);
-            execv("/proc/self/exe", v.data());
-            _exit(127);
-        }
-        // wait until the exec has replaced the command line
-        std::string want = argv[0];
-        for (int i = 0; i < 500; ++i) {
-            char line[512] = "";
-            if (util_get_process_command_line(pid_, line, sizeof line) == 0 &&
-                std::string(line).rfind(want, 0) == 0)
-                break;
-            usleep(2000);
-        }
-    }
-    ~Sleeper() {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
-    pid_t pid() const { return pid_; }
-
-  private:
-    pid_t pid_;
-};
 
 std::string cwd() {
     char buf[PATH_MAX];
@@ -385,31 +337,8 @@ TEST_F(FixtureProc, KeyValueFileByPath) {
     EXPECT_EQ(util_get_file_content_info(&req, path.data(), nullptr), -1);
 }
 
-// ---- The exported queries on the real /proc --------------------------------
-
-TEST(RealProc, RunningProgramIsFoundWithItsPid) {
-    std::string name = "cmdlibps" + std::to_string(getpid());
-    Sleeper s({"/sbin/" + name, "-i", "wan"});
-    Sleeper other({"/sbin/" + name + "6", "-i", "wan"});
-    CwdRestore restore;
-    char pid_value[16] = "";
-    std::vector<char *> match = {const_cast<char *>("wan")};
-    int r = cmd_ps_is_one_program_running_ex(name.data(), match.data(), 1, pid_value);
-    EXPECT_EQ(r, (s.pid() << 8) | 1);
-    EXPECT_EQ(atoi(pid_value), s.pid());
-    EXPECT_EQ(cwd(), "/proc");
-
-    int total = 0, started = 0;
-    ASSERT_EQ(chdir(restore.dir.c_str()), 0);
-    EXPECT_EQ(util_get_process_count(name.data(), nullptr, 0, nullptr, &total, &started), 1);
-    EXPECT_EQ(started, 1);
-    EXPECT_GE(total, 3);  // this test and both sleepers
-    EXPECT_EQ(cwd(), restore.dir);
-    std::string prefix = "cmdlibps";
-    EXPECT_EQ(cmd_ps_is_one_program_running(prefix.data()), 0);
-    EXPECT_EQ(cwd(), restore.dir);
-    EXPECT_EQ(cmd_ps_is_one_program_running(nullptr), 0);
-}
+// ---- The exported readers on the real /proc (the queries with processes
+// of known names are tested in the device) ----------------------------------
 
 TEST(RealProc, ProcessInfoAndListOfOwnProcess) {
     ProcessInfo info;
