@@ -95,7 +95,12 @@ int command_line_at(const char *dir, char *out, int size) {
     if (format_bounded(path, sizeof path, "%s/cmdline", dir) + 1 >= sizeof path) return -1;
     char raw[kCmdlineBufferSize];
     ssize_t n = read_small_file(path, raw, sizeof raw - 1);
-    if (n < 0) return -1;
+    if (n < 0) {
+        // Only a missing file is a failure; one that exists but cannot be
+        // read gives an empty command line.
+        if (!cmd_file_exist(path)) return -1;
+        n = 0;
+    }
     cmdline_to_text(raw, static_cast<size_t>(n));
     if (!out || size <= 0) return 0;
     memset(out, 0, static_cast<size_t>(size));

@@ -52,6 +52,7 @@ std::string cmdline(std::initializer_list<std::string> args) {
 //   103 kernel thread (empty)      104 -> 101 (symbolic link)
 //   105 exited (no cmdline)        106 command line of 600 bytes
 //   107 udhcpc -s "a b"            108 udhcpc -p -x
+//   109 cmdline unreadable (a directory)
 //   abc, 12345678901 (not pids)    self -> 101
 class FixtureProc : public ::testing::Test {
   protected:
@@ -73,6 +74,7 @@ class FixtureProc : public ::testing::Test {
         write_file(root_ / "107/cmdline", cmdline({"udhcpc", "-s", "a b"}));
         write_file(root_ / "108/cmdline", cmdline({"udhcpc", "-p", "-x"}));
         write_file(root_ / "108/status", "Pid:\t108\n");
+        fs::create_directories(root_ / "109/cmdline");
         write_file(root_ / "abc/cmdline", cmdline({"udhcpc"}));
         write_file(root_ / "12345678901/cmdline", cmdline({"udhcpc"}));
         fs::create_directory_symlink("101", root_ / "self");
@@ -211,7 +213,7 @@ TEST_F(FixtureProc, ListKeepsDigitNamedDirectoriesOnly) {
     std::string before = cwd();
     int n = cmdlib::proc_list(root_.c_str(), pids, 16);
     EXPECT_EQ(cwd(), before);
-    EXPECT_THAT(std::vector<int>(pids, pids + n), UnorderedElementsAre(101, 102, 103, 105, 106, 107, 108));
+    EXPECT_THAT(std::vector<int>(pids, pids + n), UnorderedElementsAre(101, 102, 103, 105, 106, 107, 108, 109));
     EXPECT_EQ(cmdlib::proc_list(root_.c_str(), pids, 0), 0);
     EXPECT_EQ(cmdlib::proc_list(root_.c_str(), pids, 3), 3);
     EXPECT_EQ(cmdlib::proc_list(root_.c_str(), nullptr, 16), 0);
@@ -277,6 +279,9 @@ TEST_F(FixtureProc, CommandLineIsCutToTheBuffer) {
     EXPECT_EQ(cmdlib::proc_command_line(root_.c_str(), 105, small, sizeof small), -1);
     EXPECT_EQ(small[0], '#');  // untouched
     EXPECT_EQ(cmdlib::proc_command_line(root_.c_str(), 101, nullptr, 0), 0);
+    // present but unreadable: an empty line, not a failure
+    ASSERT_EQ(cmdlib::proc_command_line(root_.c_str(), 109, small, sizeof small), 0);
+    EXPECT_STREQ(small, "");
 }
 
 TEST_F(FixtureProc, ArgumentsAreSplitAtBlanks) {
