@@ -125,6 +125,7 @@ inline void add_conntrack_ip(const char *ip, int type, DestIPInConntrackInfo *in
     if (!ip || !info || (type != 0 && type != 1)) return;
     char want[CONNTRACK_IP_WIDTH];
     copy_bounded(want, sizeof want, ip);  // compare as it would be stored
+    if (want[0] == '\0') return;           // would match every empty slot
     char(*list)[CONNTRACK_IP_WIDTH] = type == 0 ? info->icmp_ip_address : info->dns_ip;
     int *count = type == 0 ? &info->valid_icmp_ip_count : &info->valid_dns_ip_count;
     for (int i = 0; i < CONNTRACK_IP_SLOTS; ++i) {

@@ -295,6 +295,16 @@ TEST(Collector, AddressLists) {
     util_add_ip_to_buffer(&longip[0], 0, &l);
     EXPECT_EQ(l.valid_icmp_ip_count, 1);
     EXPECT_EQ(strlen(l.icmp_ip_address[0]), 23u);
+    // an empty address is never stored, nor taken for an empty slot
+    DestIPInConntrackInfo e;
+    memset(&e, 0, sizeof e);
+    char empty[] = "", one[] = "1.1.1.1";
+    util_add_ip_to_buffer(one, 1, &e);
+    util_add_ip_to_buffer(empty, 1, &e);
+    util_add_ip_to_buffer(empty, 0, &e);
+    EXPECT_EQ(e.valid_dns_ip_count, 1);
+    EXPECT_EQ(e.valid_icmp_ip_count, 0);
+    EXPECT_STREQ(e.dns_ip[0], "1.1.1.1");
     util_add_ip_to_buffer(&longip[0], 7, &l);
     util_add_ip_to_buffer(nullptr, 0, &l);
     util_add_ip_to_buffer(&longip[0], 0, nullptr);
