@@ -45,13 +45,14 @@ CMDLIB_API int util_get_big_value_from_bits(const char *text, BigValue *value) {
     memset(value, 0, sizeof *value);
     if (!text) return -1;
     std::string_view s = cmdlib::strip(text);
-    if (s == "0") return 0;
-    if (s.empty() || s.size() % 8 != 0 || s.size() > 8 * BIG_VALUE_WORDS) return -1;
+    // Up to eight digits are one word (so "0" and "5" are word 0); longer
+    // texts are whole words.
+    if (s.empty() || (s.size() > 8 && s.size() % 8 != 0) || s.size() > 8 * BIG_VALUE_WORDS) return -1;
     BigValue v{};
     for (size_t i = 0; i < s.size(); ++i) {
         int d = util_char2hex(s[i]);
         if (d < 0) return -1;
-        v.all_bits_info[i / 8] = (v.all_bits_info[i / 8] << 4) | static_cast<uint32_t>(d);
+        v.all_bits_info[i / 8] = (v.all_bits_info[i / 8] << 4) | static_cast<uint32_t>(d);  // NOLINT
     }
     *value = v;
     return 0;

@@ -30,7 +30,9 @@ typedef struct BigValue {
 /* Text form of a BigValue: the words from word 0 upwards, each as exactly
  * eight lower-case hexadecimal digits (most significant digit first), with
  * the trailing all-zero words left out.  The empty set is "0".  Bits 0, 1
- * and 5 read "00000023"; bit 32 alone reads "0000000000000001".  The longest
+ * and 5 read "00000023"; bit 32 alone reads "0000000000000001".  When
+ * parsing, a text of one to eight digits is word 0 alone ("5" = bits 0 and
+ * 2), so short hand-written masks work.  The longest
  * form (bit 1023 set) is 256 characters: a buffer of BIG_VALUE_TEXT_SIZE
  * bytes always suffices. */
 #define BIG_VALUE_TEXT_SIZE 257

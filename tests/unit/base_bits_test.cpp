@@ -79,7 +79,7 @@ TEST(BaseBits, RandomRoundTrips) {
 }
 
 TEST(BaseBits, InvalidTextGivesEmptySet) {
-    for (const char *bad : std::initializer_list<const char *>{"", "xyz", "0000001", "00000001g0000000", "000000010", nullptr}) {
+    for (const char *bad : std::initializer_list<const char *>{"", "xyz", "00000001g0000000", "000000010", "-1", nullptr}) {
         BigValue v;
         memset(&v, 0xFF, sizeof v);
         EXPECT_EQ(util_get_big_value_from_bits(bad, &v), -1) << (bad ? bad : "(null)");
@@ -92,6 +92,12 @@ TEST(BaseBits, InvalidTextGivesEmptySet) {
     BigValue w;
     EXPECT_EQ(util_get_big_value_from_bits(" 00000004\n", &w), 0);  // blanks around are fine
     EXPECT_EQ(util_is_one_bit_set_for_big_value(&w, 2), 1);
+    // A short mask is word 0.
+    EXPECT_EQ(util_get_big_value_from_bits("5", &w), 0);
+    EXPECT_EQ(w.all_bits_info[0], 5u);
+    EXPECT_EQ(w.all_bits_info[1], 0u);
+    EXPECT_EQ(util_get_big_value_from_bits("FFFFFFFF", &w), 0);
+    EXPECT_EQ(w.all_bits_info[0], 0xFFFFFFFFu);
 }
 
 class BaseMd5 : public ::testing::Test {
