@@ -81,9 +81,8 @@ int read_pairs_from(Reader &reader, const char *const *args, int args_count,
 
 template <typename Reader>
 void read_struct_from(Reader &reader, const FieldConfigInfo *fields, int count, void *dest) {
-    const bool usable = fields && count > 0 && dest;
-    const KeyIndex index(usable ? &fields[0].field_name : nullptr, sizeof(FieldConfigInfo),
-                         usable ? count : 0);
+    if (!fields || count <= 0 || !dest) return;
+    const KeyIndex index(&fields[0].field_name, sizeof(FieldConfigInfo), count);
     // The line parser writes at most 253 characters with these sizes.
     char name[256];
     char value[256];

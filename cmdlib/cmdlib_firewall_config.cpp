@@ -14,15 +14,26 @@ constexpr FieldConfigInfo firewall_config_fields[FIREWALL_CONFIG_FIELDS_COUNT] =
 
 namespace {
 
-#define CMDLIB_FIREWALL_ONE(name, width) +1
-constexpr int kListedFields = 0 CMDLIB_FIREWALL_FIELDS(CMDLIB_FIREWALL_ONE);
-#undef CMDLIB_FIREWALL_ONE
+enum FirewallField {
+#define CMDLIB_FIREWALL_ENUM(name, width) kField_##name,
+    CMDLIB_FIREWALL_FIELDS(CMDLIB_FIREWALL_ENUM)
+#undef CMDLIB_FIREWALL_ENUM
+        kListedFields
+};
 static_assert(kListedFields == FIREWALL_CONFIG_FIELDS_COUNT, "the firewall has 253 fields");
 
-#define CMDLIB_FIREWALL_WIDTH(name, width) +(width)
-static_assert(sizeof(tFirewallConfigInfo) == 0 CMDLIB_FIREWALL_FIELDS(CMDLIB_FIREWALL_WIDTH),
-              "tFirewallConfigInfo is character arrays only, without padding");
+constexpr size_t kWidths[] = {
+#define CMDLIB_FIREWALL_WIDTH(name, width) width,
+    CMDLIB_FIREWALL_FIELDS(CMDLIB_FIREWALL_WIDTH)
 #undef CMDLIB_FIREWALL_WIDTH
+};
+constexpr size_t total_width() {
+    size_t sum = 0;
+    for (size_t w : kWidths) sum += w;
+    return sum;
+}
+static_assert(sizeof(tFirewallConfigInfo) == total_width(),
+              "tFirewallConfigInfo is character arrays only, without padding");
 
 constexpr int fields_of_width(size_t width) {
     int n = 0;
