@@ -347,7 +347,7 @@ CMDLIB_API void util_get_network_interface_in_bridge(char **network_interfaces,
     copy_bounded(g_interface_names[0], sizeof g_interface_names[0], kEthernetName);
     int n = max_interface_count < 1 ? 0 : 1;  // only the Ethernet device is listed
     if (n > 0 && network_interfaces) network_interfaces[0] = g_interface_names[0];
-    if (network_interface_count) *network_interface_count = network_interfaces ? n : 0;
+    if (network_interface_count) *network_interface_count = n;
 }
 
 CMDLIB_API int util_get_cpe_phy_port_from_label_number(int label_number) {
