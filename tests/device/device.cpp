@@ -61,6 +61,9 @@ void write_file(const std::string &path, const std::string &content, int mode) {
     std::error_code ec;
     fs::path parent = fs::path(path).parent_path();
     if (!parent.empty()) fs::create_directories(parent, ec);
+    // A tool's path is a link to the shared simulator binary: replace the
+    // link, never write through it.
+    if (fs::is_symlink(fs::symlink_status(path, ec))) fs::remove(path, ec);
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out << content;
     out.close();

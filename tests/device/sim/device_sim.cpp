@@ -411,12 +411,24 @@ int device_install(const std::string &root, const std::string &self) {
     mkdirs(root + st::kMdlcfgCommitted);
     mkdirs(root + st::kSendat);
     mkdirs(root + "/var/lib/device/ns");
+    // The tools link to a copy inside the device, never to the build tree:
+    // a test that writes through a tool's path (to replace a script) then
+    // changes only the throwaway copy.
+    const std::string local = "/usr/lib/device/device_sim";
+    mkdirs(root + "/usr/lib/device");
+    std::string self_text;
+    if (!read_file(self, &self_text) || self_text.empty()) {
+        ::fprintf(stderr, "device_sim: cannot read %s\n", self.c_str());
+        return 1;
+    }
+    write_file(root + local, self_text);
+    ::chmod((root + local).c_str(), 0755);
     int rc = 0;
     for (const Tool &t : kTools) {
         std::string path = root + t.path;
         mkdirs(path.substr(0, path.rfind('/')));
         ::unlink(path.c_str());
-        if (::symlink(self.c_str(), path.c_str()) != 0) {
+        if (::symlink(local.c_str(), path.c_str()) != 0) {
             ::fprintf(stderr, "device_sim: cannot link %s: %s\n", path.c_str(), strerror(errno));
             rc = 1;
         }
