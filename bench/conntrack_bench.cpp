@@ -2,7 +2,7 @@
 // entries.  Runs only inside the throwaway device, which gives the process
 // its own network namespace and so its own conntrack table:
 //
-//   tests/device/run-in-device --build BUILD -- BUILD/conntrack_bench
+//   tools/device/run-in-device --build BUILD -- BUILD/conntrack_bench
 //
 // The table mixes what a busy router holds: closed TCP connections,
 // unanswered DNS over UDP, a few established TCP sessions and answered DNS
@@ -109,7 +109,7 @@ int main(int argc, char **argv) {
     if (!getenv("CMDLIB_IN_DEVICE")) {
         fprintf(stderr,
                 "conntrack_bench needs its own conntrack table: run it through\n"
-                "  tests/device/run-in-device --build BUILD -- BUILD/conntrack_bench\n");
+                "  tools/device/run-in-device --build BUILD -- BUILD/conntrack_bench\n");
         return 2;
     }
     if (!load_table()) {

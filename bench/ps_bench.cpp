@@ -3,7 +3,7 @@
 //
 // Starts 500 sleeping processes first (run it in the device, where the
 // process table is private, so that the table holds those 500 and little
-// else): tests/device/run-in-device ./build/ps_bench
+// else): tools/device/run-in-device ./build/ps_bench
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>

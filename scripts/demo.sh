@@ -1,17 +1,21 @@
 #!/bin/bash
-# Runs the cmdlibctl demo inside a throwaway device prepared with a
-# realistic router state.  Builds nothing: give it a configured and built
-# build tree.   usage: bash scripts/demo.sh BUILD_DIR
+# Builds the library and runs the cmdlibctl demo inside a throwaway device
+# prepared with a realistic router state.
+#   usage: bash scripts/demo.sh [BUILD_DIR]   (default: build/)
 set -eu
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-BUILD=$(cd "${1:?usage: scripts/demo.sh BUILD_DIR}" && pwd)
+bash "$ROOT/scripts/install-deps.sh"
+mkdir -p "${1:-$ROOT/build}"
+BUILD=$(cd "${1:-$ROOT/build}" && pwd)
+cmake -S "$ROOT" -B "$BUILD" -G Ninja >/dev/null
+cmake --build "$BUILD" -j"$(nproc)" --target cmdlibctl device_sim >/dev/null
 CTL=$BUILD/cmdlibctl
 [[ -x $CTL ]] || { echo "demo: $CTL is not built" >&2; exit 1; }
-[[ -x $BUILD/tests/device/device_sim ]] || { echo "demo: the device simulators are not built (target device_sim)" >&2; exit 1; }
+[[ -x $BUILD/tools/device/device_sim ]] || { echo "demo: the device simulators are not built (target device_sim)" >&2; exit 1; }
 
 # Each cmdlibctl subcommand that exists in this build is shown; the list
 # follows what the families have registered ("cmdlibctl help").
-exec "$ROOT/tests/device/run-in-device" --build "$BUILD" --state "$ROOT/tests/device/demo-state.sh" -- \
+exec "$ROOT/tools/device/run-in-device" --build "$BUILD" --state "$ROOT/tools/device/demo-state.sh" -- \
     bash -c '
 CTL=$1
 run() { printf "\n\$ cmdlibctl %s\n" "$*"; "$CTL" "$@" || printf "(exit %d)\n" $?; }
@@ -22,7 +26,15 @@ run help
 has sysinfo  && run sysinfo /version
 has features && run features
 has config   && run config get QX_FOTA_URL
+has lte      && run lte status
+has sim      && run sim
+has bands    && run bands 00000085
+has signal   && run signal -95
+has at       && run at ATI
 has net      && run net
+has neigh    && run neigh
+has hosts    && run hosts
+has nat      && run nat
 has ps       && run ps dnsmasq
 has usb      && run usb ports
 has cat      && run cat /tmp/cmdlib/.system_signal_sim_status_ind

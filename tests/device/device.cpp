@@ -228,6 +228,6 @@ bool add_interface(const std::string &name, const std::string &cidr) {
 }  // namespace devtest
 
 void DeviceTest::SetUp() {
-    ASSERT_TRUE(devtest::in_device()) << "not inside a device: run this binary through tests/device/run-in-device";
+    ASSERT_TRUE(devtest::in_device()) << "not inside a device: run this binary through tools/device/run-in-device";
     devtest::reset_device_state();
 }

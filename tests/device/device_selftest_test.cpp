@@ -53,7 +53,7 @@ TEST_F(DeviceFs, RootIsWritableSourcesAreNot) {
     devtest::write_file("/etc/map/probe", "x");
     EXPECT_EQ(devtest::read_file("/etc/map/probe"), "x");
     // The repository is bound read-only: a test cannot damage the sources.
-    int fd = open("/work/main/tests/device/.probe", O_WRONLY | O_CREAT, 0644);
+    int fd = open(CMDLIB_SOURCE_DIR "/tests/device/.probe", O_WRONLY | O_CREAT, 0644);
     int err = errno;
     if (fd >= 0) close(fd);
     EXPECT_EQ(fd, -1);

@@ -25,7 +25,7 @@
 #include <string>
 #include <vector>
 
-#include "../device_state.h"
+#include "device_state.h"
 
 namespace {
 

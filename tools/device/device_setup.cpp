@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "../device_state.h"
+#include "device_state.h"
 
 int device_install(const std::string &root, const std::string &self);
 

@@ -1,6 +1,6 @@
 #!/bin/bash
 # A realistic router state for the demo, run inside a fresh device by
-# "run-in-device --state tests/device/demo-state.sh": the configuration in
+# "run-in-device --state tools/device/demo-state.sh": the configuration in
 # the mdlcfg store and in the settings dump, module, status and version
 # files, factory identity, and a few LAN neighbours.
 set -e
@@ -92,3 +92,10 @@ cat >/tmp/dnsmasq.leases <<'LEASES'
 1893456000 3c:22:fb:10:20:30 192.168.1.101 laptop-anna 01:3c:22:fb:10:20:30
 1893456000 a4:83:e7:44:55:66 192.168.1.102 phone-ben *
 LEASES
+
+# The module answers ATI, and the DNS/DHCP daemon is running.
+mkdir -p /var/lib/device/sendat
+printf '\r\nFibocom Wireless Inc.\r\nFM350-GL\r\nRevision: 81600.0000.00.29.21.10\r\n\r\nOK\r\n' >/var/lib/device/sendat/1.resp
+echo 0 >/var/lib/device/sendat/1.delay
+printf 'ATI' >/var/lib/device/sendat/1.cmd
+(exec -a dnsmasq sleep 100000) &
