@@ -24,7 +24,7 @@ namespace {
 // FOTA upgrade, reboot right after a factory reset.
 constexpr int kCommonFeatureBits[] = {16, 17, 2};
 
-#define CMDLIB_FEATURE_COUNT_ONE(bit, name, inverted) +1
+#define CMDLIB_FEATURE_COUNT_ONE(bit, name, inverted) +1  // NOLINT(bugprone-macro-parentheses)
 static_assert(0 CMDLIB_SYSTEM_FEATURES(CMDLIB_FEATURE_COUNT_ONE) + 1 == CMDLIB_SYSTEM_FEATURE_COUNT,
               "one predicate per meaningful bit");
 #undef CMDLIB_FEATURE_COUNT_ONE

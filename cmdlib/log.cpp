@@ -30,16 +30,14 @@ size_t format_uptime_words(long seconds, char *out, size_t size) {
         const char *fmt;
     } kParts[] = {{86400, "%ld day "}, {3600, "%ld hour "}, {60, "%ld min "}};
     char piece[32];
-    size_t len = 0;
     for (const auto &p : kParts) {
         if (seconds < p.unit) continue;
         format_bounded(piece, sizeof piece, p.fmt, seconds / p.unit);
         seconds %= p.unit;
-        len = append_bounded(out, size, piece);
+        append_bounded(out, size, piece);
     }
     format_bounded(piece, sizeof piece, "%ld sec", seconds);
-    len = append_bounded(out, size, piece);
-    return len;
+    return append_bounded(out, size, piece);
 }
 
 void append_exception_log(const char *log_path, const char *uptime_path,

@@ -44,7 +44,9 @@ inline bool wan_default_gateway(std::string_view line, std::string_view wan, uin
     char buf[256];
     copy_bounded(buf, sizeof buf, line);
     unsigned long dst = 0, gw = 0;
-    if (sscanf(buf, "%*s%lX%lX", &dst, &gw) != 2 || dst != 0 || gw == 0) return false;
+    // The kernel prints these words as fixed hex; a malformed word ends the
+    // match and the line is refused.
+    if (sscanf(buf, "%*s%lX%lX", &dst, &gw) != 2 || dst != 0 || gw == 0) return false;  // NOLINT(cert-err34-c)
     *gateway = static_cast<uint32_t>(gw);
     return true;
 }
@@ -76,7 +78,7 @@ inline bool parse_if_inet6_line(std::string_view line, Inet6Entry *e) {
     char buf[256];
     copy_bounded(buf, sizeof buf, line);
     unsigned b[16];
-    int n = sscanf(buf,
+    int n = sscanf(buf,  // NOLINT(cert-err34-c): the count of fields read is checked
                    "%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x%2x %02x %02x %02x %02x %20s",
                    &b[0], &b[1], &b[2], &b[3], &b[4], &b[5], &b[6], &b[7], &b[8], &b[9], &b[10],
                    &b[11], &b[12], &b[13], &b[14], &b[15], &e->ifindex, &e->prefix_len, &e->scope,

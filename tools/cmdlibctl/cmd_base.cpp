@@ -36,7 +36,7 @@ int cmd_bits(int argc, char **argv) {
         printf("\n");
         return 0;
     }
-    for (int i = 1; i < argc; ++i) util_set_one_bit_for_big_value(&v, atoi(argv[i]));
+    for (int i = 1; i < argc; ++i) util_set_one_bit_for_big_value(&v, static_cast<int>(strtol(argv[i], nullptr, 10)));
     char text[BIG_VALUE_TEXT_SIZE];
     util_convert_BigValue_to_string(&v, text);
     printf("%s\n", text);

@@ -22,7 +22,7 @@ struct RadioField {
 
 // The radio measurements of the record (group 11).
 const RadioField kRadio[] = {
-#define CTL_RADIO(group, name, width, bit) {#name, offsetof(InfoStruct, name), (group) == 11 ? width : 0},
+#define CTL_RADIO(group, name, width, bit) {#name, offsetof(InfoStruct, name), (group) == 11 ? (width) : 0},
     CMDLIB_INFO_TEXT_FIELDS(CTL_RADIO)
 #undef CTL_RADIO
 };
@@ -109,7 +109,7 @@ int modes(int argc, char **argv) {
         char *at = strchr(entry, '@');
         if (!at) continue;
         *at = '\0';
-        printf("%7s %6d  %s\n", entry, util_get_real_network_mode_from_settings(atoi(entry)), at + 1);
+        printf("%7s %6d  %s\n", entry, util_get_real_network_mode_from_settings(static_cast<int>(strtol(entry, nullptr, 10))), at + 1);
     }
     return 0;
 }
@@ -142,7 +142,7 @@ int sim(int, char **) {
 int signal(int argc, char **argv) {
     if (argc < 2) return ctl_usage("signal");
     const char *schema = argc > 2 ? argv[2] : nullptr;
-    int rsrp = atoi(argv[1]);
+    int rsrp = static_cast<int>(strtol(argv[1], nullptr, 10));
     printf("level %d (%s)\n", util_signal_get_level_by_4g_rsrp(schema, rsrp),
            schema ? schema : "cmcc5lvl");
     int m[5];
