@@ -85,7 +85,7 @@ class ModemDevice : public DeviceTest {};
 
 // ---- AT channel -----------------------------------------------------------------
 
-TEST_F(ModemDevice, AtAnswerFound) {
+TEST_F(ModemDevice, AtAnswerFoundAndCutToTheBuffer) {
     devtest::sendat_answer("AT+CSQ", "\r\n+CSQ: 23,99\r\n\r\nOK\r\n");
     int before = leftover_tmp_files();
     char resp[128];
@@ -97,26 +97,13 @@ TEST_F(ModemDevice, AtAnswerFound) {
     EXPECT_EQ(0u, calls[0].find("sendat -d/dev/ttyUSB1 -f/tmp/.cmdlib_tmp_")) << calls[0];
     EXPECT_NE(std::string::npos, calls[0].find(" -o/tmp/.cmdlib_tmp_")) << calls[0];
     EXPECT_EQ(before, leftover_tmp_files());  // both scratch files removed
-}
 
-TEST_F(ModemDevice, AtAnswerLargerThanBufferIsCut) {
+    // an answer larger than the buffer is cut; nothing written past size
     devtest::sendat_answer("ATI", std::string(300, 'A'));
-    char resp[17];
     memset(resp, 'x', sizeof resp);
     util_send_at_commands("ATI", resp, 16, 1);
     EXPECT_EQ(std::string(15, 'A'), std::string(resp));
-    EXPECT_EQ('x', resp[16]);  // nothing written past size
-}
-
-TEST_F(ModemDevice, AtSlowAnswer) {
-    devtest::sendat_answer("AT+COPS?", "+COPS: 0,0,\"CMCC\",7\r\nOK", 2500);
-    char resp[64];
-    auto t0 = std::chrono::steady_clock::now();
-    util_send_at_commands("AT+COPS?", resp, sizeof resp, 60);
-    double took = seconds_since(t0);
-    EXPECT_STREQ("+COPS: 0,0,\"CMCC\",7\r\nOK", resp);
-    EXPECT_GE(took, 2.4);
-    EXPECT_LT(took, 10.0);
+    EXPECT_EQ('x', resp[16]);
 }
 
 TEST_F(ModemDevice, AtNoAnswerEndsWithinTheBudget) {
@@ -132,24 +119,22 @@ TEST_F(ModemDevice, AtNoAnswerEndsWithinTheBudget) {
     util_kill_some_processes_for_modem_upgarde();  // the hung sender goes too
 }
 
-TEST_F(ModemDevice, AtWithoutWaitReturnsAtOnce) {
-    devtest::sendat_answer("AT", "OK", 3000);
-    char resp[8] = "old";
-    auto t0 = std::chrono::steady_clock::now();
-    util_send_at_commands("AT", resp, sizeof resp, 0);
-    EXPECT_LT(seconds_since(t0), 1.0);
-    EXPECT_STREQ("", resp);
-    EXPECT_TRUE(devtest::wait_for_calls("sendat", 1));
-}
-
-TEST_F(ModemDevice, AtEmptyCommandStartsNothing) {
+TEST_F(ModemDevice, AtWithoutWaitReturnsAtOnceAndEmptyCommandStartsNothing) {
     char resp[8] = "old";
     util_send_at_commands("", resp, sizeof resp, 60);
     EXPECT_STREQ("", resp);
     util_send_at_commands(nullptr, resp, sizeof resp, 60);
     util_send_at_commands("AT", nullptr, 0, 0);  // no response buffer: runs, never writes
-    usleep(300000);
-    EXPECT_EQ(1u, devtest::calls("sendat").size());
+    ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
+
+    devtest::sendat_answer("AT", "OK", 3000);
+    strcpy(resp, "old");
+    auto t0 = std::chrono::steady_clock::now();
+    util_send_at_commands("AT", resp, sizeof resp, 0);
+    EXPECT_LT(seconds_since(t0), 1.0);
+    EXPECT_STREQ("", resp);
+    EXPECT_TRUE(devtest::wait_for_calls("sendat", 2));
+    EXPECT_EQ(2u, devtest::calls("sendat").size());  // none for the empty commands
 }
 
 TEST_F(ModemDevice, AtConcurrentCallersNeitherHangsNorOverruns) {
@@ -164,7 +149,8 @@ TEST_F(ModemDevice, AtConcurrentCallersNeitherHangsNorOverruns) {
     tb.join();
     EXPECT_LT(seconds_since(t0), 15.0);
     // The later caller kills the earlier sender: the first caller gets its
-    // own answer or nothing, never the other's.
+    // own answer or nothing, never the other's; the second waits
+    // past its first pass for its late answer.
     EXPECT_TRUE(std::string(a).empty() || std::string(a) == "ANSWER-A") << a;
     EXPECT_STREQ("ANSWER-B", b);
     EXPECT_EQ(2u, devtest::calls("sendat").size());
@@ -202,48 +188,26 @@ TEST_F(ModemDevice, FlagFiles) {
 
 // ---- status indication file ------------------------------------------------------
 
-TEST_F(ModemDevice, SimStateFromStatusFile) {
+TEST_F(ModemDevice, StatusFileAtItsFixedPath) {
+    int st = -5, sig = -5;
     EXPECT_EQ(0, cmd_sim_exist());  // missing file
     EXPECT_EQ(0, cmd_sim_need_pin());
-    EXPECT_EQ(0, cmd_sim_need_puk());
-    devtest::write_file(kStatus, "1 1 0 23 0 1 1 1 7 1\n");
+    EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    devtest::write_file(kStatus, "1 0 1 18 0 0 0 1 7 1\n");
     EXPECT_EQ(1, cmd_sim_exist());
-    EXPECT_EQ(1, cmd_sim_need_pin());
-    EXPECT_EQ(0, cmd_sim_need_puk());
-    devtest::write_file(kStatus, "1 2 1");
     EXPECT_EQ(0, cmd_sim_need_pin());
     EXPECT_EQ(1, cmd_sim_need_puk());
-    devtest::write_file(kStatus, "0 0 0 0 0 0 0 0 0 0");
-    EXPECT_EQ(0, cmd_sim_exist());
-    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
-    EXPECT_EQ(2147483647, cmd_sim_exist());
-}
-
-TEST_F(ModemDevice, DialStatusAndSignal) {
-    int st = -5, sig = -5;
-    EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    devtest::write_file(kStatus, "1 0 0 23 0 5 5 5 7 1\n");
-    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    EXPECT_EQ(0, st);
-    EXPECT_EQ(23, sig);
-    devtest::write_file(kStatus, "1 0 0 18 0 0 0 1 7 1\n");
     EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
     EXPECT_EQ(1, st);
     EXPECT_EQ(18, sig);
-    devtest::write_file(kStatus, "1 0 0 18 0 0 0\n");
-    st = sig = -5;
-    EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    EXPECT_EQ(-5, st);
+    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
+    EXPECT_EQ(2147483647, cmd_sim_exist());
 }
 
 TEST_F(ModemDevice, LteStatusParseFollowsSimAndTechnology) {
     char answer[] = "+QXRSRP: -95\r\nOK";
     char result[32] = "stale";
     EXPECT_EQ(0, util_parse_lte_status(answer, result));  // no SIM: empty, 0
-    EXPECT_STREQ("", result);
-    devtest::write_file(kStatus, "1 0 0 23 0 1 1 1 2 1\n");  // SIM, act 2
-    strcpy(result, "stale");
-    EXPECT_EQ(0, util_parse_lte_status(answer, result));
     EXPECT_STREQ("", result);
     devtest::write_file(kStatus, "1 0 0 23 0 1 1 1 7 1\n");  // LTE: the platform parser
     strcpy(result, "stale");
@@ -269,8 +233,6 @@ TEST_F(ModemDevice, SignalOverrideFiles) {
     EXPECT_EQ(-110, l[2]);  // 0 means the default
     EXPECT_EQ(-105, l[3]);
     EXPECT_EQ(-901234, l[4]);  // only 7 characters are read
-    // the schemas themselves are not changed by the overrides
-    EXPECT_EQ(0, util_signal_get_level_by_4g_rsrp(nullptr, -121));
     util_get_min_lte_rsrp_values_for_signal_level(&l[0], nullptr, &l[2], &l[3], &l[4]);
 }
 
@@ -314,13 +276,7 @@ TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
     EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
 }
 
-TEST_F(ModemDevice, PortsAndUsbRate) {
-    EXPECT_STREQ("/dev/ttyUSB1", util_get_at_port());
-    EXPECT_STREQ("", util_get_modem_log_file_name());
-    char at[] = "AT+CSQ";
-    char gen[8] = "keep";
-    EXPECT_EQ(at, util_get_wrapped_at_cmd_for_module(nullptr, at, gen));
-    EXPECT_STREQ("keep", gen);
+TEST_F(ModemDevice, QuectelUsbRateNeedsNoSysfsFile) {
     EXPECT_EQ(-1, quectel_x12_opt_set_usb_rate(nullptr));
     EXPECT_EQ(0, quectel_x12_opt_set_usb_rate("3"));
     EXPECT_FALSE(devtest::file_exists("/sys/devices/platform/8a00000.ssusb/speed"));

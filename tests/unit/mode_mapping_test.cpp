@@ -11,16 +11,6 @@
 
 namespace {
 
-TEST(ModeTables, ProductListIsNumberedInOrder) {
-    for (int i = 0; i < UTIL_PREFERRED_NETWORK_MODE_COUNT; ++i)
-        EXPECT_EQ(i, all_preferred_network_mode_name_pairs[i].band_value);
-    EXPECT_STREQ("Automatic(LTE>EVDO>CDMA>TDS>UMTS>GSM)",
-                 all_preferred_network_mode_name_pairs[8].band_name);
-    EXPECT_STREQ("Auto", all_preferred_network_mode_name_pairs[25].band_name);
-    EXPECT_EQ(&fibocom_t750_network_mode_info, p_module_network_info);
-    EXPECT_EQ(4, p_module_network_info->mode_count);
-}
-
 TEST(ModeList, FibocomListsItsFourModesWithSettingNumbers) {
     char buf[UTIL_NETWORK_MODE_LIST_SIZE] = "stale";
     ASSERT_EQ(0, util_get_supported_network_mode_for_this_module(buf));
@@ -28,36 +18,24 @@ TEST(ModeList, FibocomListsItsFourModesWithSettingNumbers) {
     EXPECT_EQ(-1, util_get_supported_network_mode_for_this_module(nullptr));
 }
 
-TEST(ModeMapping, SettingToModule) {
-    EXPECT_EQ(3, util_get_real_network_mode_from_settings(3));
-    EXPECT_EQ(0, util_get_real_network_mode_from_settings(0));
-    EXPECT_EQ(0, util_get_real_network_mode_from_settings(4));   // "3G Only": module default
-    EXPECT_EQ(0, util_get_real_network_mode_from_settings(25));  // last named setting
-    EXPECT_EQ(-1, util_get_real_network_mode_from_settings(26));
-    EXPECT_EQ(-1, util_get_real_network_mode_from_settings(-1));
-}
-
-TEST(ModeMapping, ModuleToSetting) {
-    for (int m = 0; m < 4; ++m) EXPECT_EQ(m, util_get_real_settings_from_network_mode(m));
-    EXPECT_EQ(-1, util_get_real_settings_from_network_mode(4));
-    EXPECT_EQ(-1, util_get_real_settings_from_network_mode(7));
-    EXPECT_EQ(-1, util_get_real_settings_from_network_mode(-100));
+TEST(ModeMapping, BothDirections) {
+    // setting -> module mode: named settings the module lacks fall back to
+    // its default; numbers past the named list fail
+    const std::pair<int, int> to_module[] = {{3, 3}, {0, 0}, {4, 0}, {25, 0}, {26, -1}, {-1, -1}};
+    for (auto &c : to_module) EXPECT_EQ(c.second, util_get_real_network_mode_from_settings(c.first)) << c.first;
+    const std::pair<int, int> to_setting[] = {{0, 0}, {3, 3}, {4, -1}, {7, -1}, {-100, -1}};
+    for (auto &c : to_setting) EXPECT_EQ(c.second, util_get_real_settings_from_network_mode(c.first)) << c.first;
 }
 
 TEST(Act, NamesAndClasses) {
-    EXPECT_STREQ("2G/EDGE", util_convert_act_to_network_mode_string(3));
-    EXPECT_STREQ("3G/HSPA+", util_convert_act_to_network_mode_string(8));
     EXPECT_EQ(nullptr, util_convert_act_to_network_mode_string(9));
     EXPECT_EQ(nullptr, util_convert_act_to_network_mode_string(-1));
-
     struct Case {
         int act;
         int cls;
         const char *name;
-    } cases[] = {{0, 0, "2G"},  {1, 0, "2G"},       {2, 2, "3G"},          {3, 0, "2G/EDGE"},
-                 {4, 2, "3G/HSDPA"}, {5, 2, "3G/HSUPA"}, {6, 2, "3G/HSDPA HSUPA"}, {7, 7, "4G"},
-                 {8, 2, "3G/HSPA+"}, {9, 2, ""}, {-1, 0, ""}, {-2147483647 - 1, 0, ""},
-                 {2147483647, 2, ""}};
+    } cases[] = {{1, 0, "2G"}, {2, 2, "3G"}, {3, 0, "2G/EDGE"}, {7, 7, "4G"}, {8, 2, "3G/HSPA+"},
+                 {9, 2, ""}, {-1, 0, ""}, {-2147483647 - 1, 0, ""}, {2147483647, 2, ""}};
     for (const Case &c : cases) {
         char buf[32] = "stale";
         EXPECT_EQ(c.cls, util_get_remapped_network_act(c.act, buf)) << c.act;
@@ -77,43 +55,32 @@ template <size_t N> void set(char (&field)[N], const char *text) {
     field[n] = '\0';
 }
 
-TEST(Settings, SearchStrategy) {
+// Sets the field to each text in turn and expects fn's reading of it; an
+// empty field reads as empty_value.
+using Cases = std::initializer_list<std::pair<const char *, int>>;
+template <size_t N>
+void expect_setting(char (InfoStruct::*field)[N], int (*fn)(InfoStruct *), int empty_value, Cases cases) {
     Record r;
-    EXPECT_EQ(3, util_get_lte_search_network_strategy(&r.info));
-    const std::pair<const char *, int> cases[] = {{"0", 0}, {"2", 2}, {"3", 3}, {"7", 3},
-                                                  {"-2", 3}, {"abc", 0}, {"99999999999999", 3}};
+    EXPECT_EQ(empty_value, fn(&r.info));
     for (auto &c : cases) {
-        set(r.info.QX_4G_FDD_PREFERRED, c.first);
-        EXPECT_EQ(c.second, util_get_lte_search_network_strategy(&r.info)) << c.first;
+        set(r.info.*field, c.first);
+        EXPECT_EQ(c.second, fn(&r.info)) << c.first;
     }
+}
+
+TEST(Settings, DecimalAndHexFields) {
+    expect_setting(&InfoStruct::QX_4G_FDD_PREFERRED, util_get_lte_search_network_strategy, 3,
+                   {{"0", 0}, {"2", 2}, {"7", 3}, {"-2", 3}, {"abc", 0}, {"99999999999999", 3}});
     EXPECT_EQ(3, util_get_lte_search_network_strategy(nullptr));
-}
-
-TEST(Settings, CsPsMode) {
-    Record r;
-    EXPECT_EQ(4, util_get_cs_ps_service_mode(&r.info));
-    const std::pair<const char *, int> cases[] = {{"3", 3}, {"0", 0}, {"-1", 4}, {"4", 4},
-                                                  {"1x", 1}};
-    for (auto &c : cases) {
-        set(r.info.QX_CS_PS_PREFERRED_MODE, c.first);
-        EXPECT_EQ(c.second, util_get_cs_ps_service_mode(&r.info)) << c.first;
-    }
-}
-
-TEST(Settings, UnsupportedModeMaskIsHex) {
-    Record r;
-    EXPECT_EQ(0, util_get_unsupported_network_mode(&r.info));
-    const std::pair<const char *, int> cases[] = {
-        {"10", 0x10}, {"0x1f", 0x1f}, {"0XA", 0xA}, {"ff;", 0xff}, {"zz", 0}, {"0x", 0},
-        {"7fffffff", 0x7fffffff}, {"123456789", 0x23456789}, {"ffffffffffffffffffff", -1}};
-    for (auto &c : cases) {
-        set(r.info.QX_NETWORK_MODE_NOT_SUPPORT, c.first);
-        EXPECT_EQ(c.second, util_get_unsupported_network_mode(&r.info)) << c.first;
-    }
+    expect_setting(&InfoStruct::QX_CS_PS_PREFERRED_MODE, util_get_cs_ps_service_mode, 4,
+                   {{"3", 3}, {"0", 0}, {"-1", 4}, {"4", 4}, {"1x", 1}});
+    expect_setting(&InfoStruct::QX_NETWORK_MODE_NOT_SUPPORT, util_get_unsupported_network_mode, 0,
+                   {{"10", 0x10}, {"0x1f", 0x1f}, {"0XA", 0xA}, {"ff;", 0xff}, {"zz", 0}, {"0x", 0},
+                    {"7fffffff", 0x7fffffff}, {"123456789", 0x23456789}, {"ffffffffffffffffffff", -1}});
     // a field filled to its last byte is read within its width
+    Record r;
     memset(r.info.QX_NETWORK_MODE_NOT_SUPPORT, '1', sizeof r.info.QX_NETWORK_MODE_NOT_SUPPORT);
     EXPECT_EQ(-1, util_get_unsupported_network_mode(&r.info));  // 32 digits saturate
-    EXPECT_EQ(0, util_get_unsupported_apn_auth_type());
 }
 
 TEST(Registration, LockPolicy) {

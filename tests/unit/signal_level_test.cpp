@@ -13,30 +13,24 @@ TEST(SignalLevel, Cmcc5Boundaries) {
     for (auto &c : cases) EXPECT_EQ(c.second, util_signal_get_level_by_4g_rsrp("cmcc5lvl", c.first)) << c.first;
 }
 
-TEST(SignalLevel, SchemaNamesIgnoreCase) {
-    EXPECT_EQ(2, util_signal_get_level_by_4g_rsrp("CMCC4LVL", -113));
-    EXPECT_EQ(1, util_signal_get_level_by_4g_rsrp("Cmcc4Lvl", -114));
-    EXPECT_EQ(4, util_signal_get_level_by_4g_rsrp("cmcc4lvl", -50));
-    EXPECT_EQ(5, util_signal_get_level_by_4g_rsrp("dialog5lvl", -84));
-    EXPECT_EQ(4, util_signal_get_level_by_4g_rsrp("DIALOG5LVL", -85));
-    EXPECT_EQ(0, util_signal_get_level_by_4g_rsrp("dialog5lvl", -116));
-}
-
-TEST(SignalLevel, DefaultSchema) {
-    for (const char *name : {(const char *)nullptr, "", "cmcc", "cmcc5lvl ", "unknown"}) {
-        EXPECT_EQ(5, util_signal_get_level_by_4g_rsrp(name, -97)) << (name ? name : "null");
-        EXPECT_EQ(4, util_signal_get_level_by_4g_rsrp(name, -98)) << (name ? name : "null");
-        EXPECT_EQ(0, util_signal_get_level_by_4g_rsrp(name, -121)) << (name ? name : "null");
-    }
+TEST(SignalLevel, SchemaNamesIgnoreCaseAndUnknownNamesGetTheDefault) {
+    struct Case {
+        const char *schema;
+        int rsrp, level;
+    } cases[] = {{"CMCC4LVL", -113, 2}, {"Cmcc4Lvl", -114, 1}, {"cmcc4lvl", -50, 4},
+                 {"dialog5lvl", -84, 5}, {"DIALOG5LVL", -85, 4}, {"dialog5lvl", -116, 0},
+                 {nullptr, -97, 5}, {"", -98, 4}, {"cmcc", -121, 0}, {"cmcc5lvl ", -98, 4},
+                 {"unknown", -97, 5}};
+    for (const Case &c : cases)
+        EXPECT_EQ(c.level, util_signal_get_level_by_4g_rsrp(c.schema, c.rsrp))
+            << (c.schema ? c.schema : "null") << " " << c.rsrp;
 }
 
 TEST(SignalOverride, TextOrDefault) {
     EXPECT_EQ(-118, cmdlib::signal_min_rsrp_from_text("-118\n", -120));
-    EXPECT_EQ(-120, cmdlib::signal_min_rsrp_from_text("0", -120));
-    EXPECT_EQ(-120, cmdlib::signal_min_rsrp_from_text("", -120));
-    EXPECT_EQ(-120, cmdlib::signal_min_rsrp_from_text("abc", -120));
-    EXPECT_EQ(-120, cmdlib::signal_min_rsrp_from_text(nullptr, -120));
     EXPECT_EQ(-99, cmdlib::signal_min_rsrp_from_text("-99dBm", -120));
+    for (const char *text : {"0", "", "abc", (const char *)nullptr})
+        EXPECT_EQ(-120, cmdlib::signal_min_rsrp_from_text(text, -120)) << (text ? text : "null");
 }
 
 }  // namespace

@@ -7,38 +7,24 @@
 
 namespace {
 
-struct Sim {
-    int exist, pin, puk;
-};
-
-Sim sim_of(std::string line) {
-    return {cmdlib::status_sim_exist(line.c_str()), cmdlib::status_need_pin(&line[0]),
-            cmdlib::status_need_puk(&line[0])};
-}
-
-TEST(SimStatus, Fields) {
-    Sim s = sim_of("1 1 0 23 0 1 1 1 7 1\n");
-    EXPECT_EQ(1, s.exist);
-    EXPECT_EQ(1, s.pin);
-    EXPECT_EQ(0, s.puk);
-    s = sim_of("1\t0\t1 23");
-    EXPECT_EQ(0, s.pin);
-    EXPECT_EQ(1, s.puk);
-    s = sim_of("0 2 2");
-    EXPECT_EQ(0, s.exist);
-    EXPECT_EQ(0, s.pin);  // only 1 counts
-    EXPECT_EQ(0, s.puk);
-    EXPECT_EQ(3, sim_of("3 0 0").exist);  // handed through as it stands
-}
-
-TEST(SimStatus, ShortAndJunkLines) {
-    for (const char *line : {"", "1", "1 ", "x y z", "\n"}) {
-        Sim s = sim_of(line);
-        EXPECT_EQ(0, s.pin) << line;
-        EXPECT_EQ(0, s.puk) << line;
+TEST(SimStatus, FieldsOfTheLine) {
+    struct Case {
+        const char *line;
+        int exist, pin, puk;
+    } cases[] = {
+        {"1 1 0 23 0 1 1 1 7 1\n", 1, 1, 0},
+        {"1\t0\t1 23", 1, 0, 1},
+        {"0 2 2", 0, 0, 0},  // only 1 counts for PIN and PUK
+        {"3 0 0", 3, 0, 0},  // the SIM field is handed through as it stands
+        {"1 1", 1, 1, 0},
+        {"", 0, 0, 0}, {"1 ", 1, 0, 0}, {"x y z", 0, 0, 0}, {"\n", 0, 0, 0},
+    };
+    for (const Case &c : cases) {
+        std::string line = c.line;
+        EXPECT_EQ(c.exist, cmdlib::status_sim_exist(line.c_str())) << c.line;
+        EXPECT_EQ(c.pin, cmdlib::status_need_pin(&line[0])) << c.line;
+        EXPECT_EQ(c.puk, cmdlib::status_need_puk(&line[0])) << c.line;
     }
-    EXPECT_EQ(0, sim_of("abc").exist);
-    EXPECT_EQ(1, sim_of("1 1").pin);
     EXPECT_EQ(0, cmdlib::status_sim_exist(nullptr));
     EXPECT_EQ(0, cmdlib::status_need_pin(nullptr));
     EXPECT_EQ(0, cmdlib::status_need_puk(nullptr));

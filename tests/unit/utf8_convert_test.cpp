@@ -18,41 +18,30 @@ std::string hex_of(const std::vector<uint8_t> &in, int out_len = 256, int *resul
     return n < 0 ? "<fail>" : std::string(reinterpret_cast<char *>(out.data()));
 }
 
-TEST(Utf8Length, EveryLeadByte) {
-    for (int b = 0; b < 256; ++b) {
-        int want = b < 0xC0 ? 1 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : b < 0xFC ? 5 : b < 0xFE ? 6 : 1;
-        EXPECT_EQ(want, util_get_one_utf8_strlen(static_cast<uint8_t>(b))) << b;
-    }
-}
-
 TEST(Utf8Length, CountsCharactersWithinLimit) {
     const uint8_t text[] = {'A', 0xC3, 0xA9, 0xE4, 0xB8, 0xAD, 0};
-    EXPECT_EQ(3, util_get_utf8_strlen(text, 6));
-    EXPECT_EQ(3, util_get_utf8_strlen(text, 100));  // stops at the NUL
-    EXPECT_EQ(2, util_get_utf8_strlen(text, 2));    // the cut character still counts
-    EXPECT_EQ(3, util_get_utf8_strlen(text, 4));
-    EXPECT_EQ(0, util_get_utf8_strlen(text, 0));
-    EXPECT_EQ(0, util_get_utf8_strlen(text, -3));
+    // the NUL stops the count; a character cut by the limit still counts
+    const std::pair<int, int> cases[] = {{6, 3}, {100, 3}, {2, 2}, {4, 3}, {0, 0}, {-3, 0}};
+    for (auto &c : cases) EXPECT_EQ(c.second, util_get_utf8_strlen(text, c.first)) << c.first;
     EXPECT_EQ(0, util_get_utf8_strlen(nullptr, 5));
     const uint8_t lone[] = {0x80, 0xBF, 0xFE, 0xFF};  // each counts as one
     EXPECT_EQ(4, util_get_utf8_strlen(lone, 4));
 }
 
 TEST(Utf8One, StandardForms) {
-    uint32_t u = 7;
-    const uint8_t e9[] = {0xC3, 0xA9}, zh[] = {0xE4, 0xB8, 0xAD}, smile[] = {0xF0, 0x9F, 0x98, 0x80};
-    EXPECT_EQ(2, util_utf8_to_unicode_one(e9, &u, 2));
-    EXPECT_EQ(0xE9u, u);
-    EXPECT_EQ(3, util_utf8_to_unicode_one(zh, &u, 3));
-    EXPECT_EQ(0x4E2Du, u);
-    EXPECT_EQ(4, util_utf8_to_unicode_one(smile, &u, 4));
-    EXPECT_EQ(0x1F600u, u);
-    const uint8_t max[] = {0xF4, 0x8F, 0xBF, 0xBF};
-    EXPECT_EQ(4, util_utf8_to_unicode_one(max, &u, 4));
-    EXPECT_EQ(0x10FFFFu, u);
-    const uint8_t one[] = {0xFF};  // one byte: taken as it is
-    EXPECT_EQ(1, util_utf8_to_unicode_one(one, &u, 1));
-    EXPECT_EQ(0xFFu, u);
+    struct Case {
+        std::vector<uint8_t> in;
+        uint32_t code;
+    } cases[] = {{{0xC3, 0xA9}, 0xE9},
+                 {{0xE4, 0xB8, 0xAD}, 0x4E2D},
+                 {{0xF0, 0x9F, 0x98, 0x80}, 0x1F600},
+                 {{0xF4, 0x8F, 0xBF, 0xBF}, 0x10FFFF},
+                 {{0xFF}, 0xFF}};  // one byte: taken as it is
+    for (const Case &c : cases) {
+        uint32_t u = 7;
+        EXPECT_EQ(static_cast<int>(c.in.size()), util_utf8_to_unicode_one(c.in.data(), &u, static_cast<int>(c.in.size())));
+        EXPECT_EQ(c.code, u);
+    }
 }
 
 TEST(Utf8One, LongFormsKeepTheirOwnArithmetic) {
@@ -94,14 +83,9 @@ TEST(Utf8String, Conversions) {
     EXPECT_EQ("00000042", hex_of({0xC3, 0x41, 0x42}));
     // lone continuation bytes and 0xFE/0xFF are one-byte characters
     EXPECT_EQ("008000FE00FF", hex_of({0x80, 0xFE, 0xFF}));
-}
-
-TEST(Utf8String, TruncatedInputNeverReadsPastItsLength) {
-    // The three-byte lead at the end has only one of its bytes in range.
-    std::vector<uint8_t> in = {0x41, 0xE4, 0xB8};
-    EXPECT_EQ("00410000", hex_of(in));
-    std::vector<uint8_t> lead_only = {0xFC};
-    EXPECT_EQ("0000", hex_of(lead_only));
+    // a lead byte whose sequence runs past the input is never read beyond it
+    EXPECT_EQ("00410000", hex_of({0x41, 0xE4, 0xB8}));
+    EXPECT_EQ("0000", hex_of({0xFC}));
 }
 
 TEST(Utf8String, OutputBoundaries) {
