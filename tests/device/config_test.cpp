@@ -130,21 +130,6 @@ TEST_F(ConfigDevice, NoRequirementFileMeansNothingToApply) {
               "export QX_ADMIN_WEB_PAGE_HIDE=\"a\"\n");
 }
 
-TEST_F(ConfigDevice, ManageRequirementTakesPrecedence) {
-    devtest::mdlcfg_set("QX_ADMIN_WEB_PAGE_HIDE", "same");
-    devtest::write_file(kManage, "QX_ADMIN_WEB_PAGE_HIDE=same\n");
-    devtest::write_file(kSystem, "QX_ADMIN_WEB_PAGE_HIDE=different\n");
-    EXPECT_EQ(util_check_if_config_file_work(1), 0);
-    EXPECT_EQ(devtest::calls(), (std::vector<std::string>{kCurrentExportCall, loader_call(kManage)}));
-}
-
-TEST_F(ConfigDevice, SystemRequirementWhenNoManageFile) {
-    devtest::mdlcfg_set("QX_ADMIN_WEB_PAGE_HIDE", "same");
-    devtest::write_file(kSystem, "QX_ADMIN_WEB_PAGE_HIDE=different\n");
-    EXPECT_EQ(util_check_if_config_file_work(0), -1);
-    EXPECT_EQ(devtest::calls(), (std::vector<std::string>{kCurrentExportCall, loader_call(kSystem)}));
-}
-
 TEST_F(ConfigDevice, StaleExportsAreRemovedFirst) {
     // A failing configloader leaves no export: a stale one must not count.
     devtest::write_file("/tmp/cmdlib/.CONFIG_INFO_EXPORT_RESULT", "export QX_ADMIN_WEB_PAGE_HIDE=x\n");
@@ -155,38 +140,45 @@ TEST_F(ConfigDevice, StaleExportsAreRemovedFirst) {
     EXPECT_TRUE(script_calls().empty());
 }
 
-TEST_F(ConfigDevice, UnchangedMissingOrEmptyWatchedKeyIsNoChange) {
-    devtest::mdlcfg_set("QX_ADMIN_WEB_PAGE_HIDE", "status,wifi");
-    for (const std::string &req : {std::string("QX_ADMIN_WEB_PAGE_HIDE=status,wifi\n"),
-                                   std::string("QX_OTHER=1\n"), std::string("QX_ADMIN_WEB_PAGE_HIDE=\n"),
-                                   std::string("QX_ADMIN_WEB_PAGE_HIDE=\"\"\n")}) {
-        devtest::clear_calls();
-        devtest::write_file(kManage, req);
-        EXPECT_EQ(util_check_if_config_file_work(1), 0) << req;
-        EXPECT_TRUE(script_calls().empty()) << req;
+TEST_F(ConfigDevice, WatchedKeyAgainstTheRequirementFiles) {
+    const std::string hide = "QX_ADMIN_WEB_PAGE_HIDE=";
+    struct Case {
+        const char *running;  // null: not in the running configuration
+        std::string manage, system;  // "": no such file
+        int apply, rc;
+        const char *loaded;  // the requirement file handed to configloader
+        bool scripts;
+    };
+    const Case cases[] = {
+        // the manage file takes precedence over the system file
+        {"same", hide + "same\n", hide + "different\n", 1, 0, kManage, false},
+        {"same", "", hide + "different\n", 0, -1, kSystem, false},
+        // unchanged, missing or empty watched key: no change
+        {"status,wifi", hide + "status,wifi\n", "", 1, 0, kManage, false},
+        {"status,wifi", "QX_OTHER=1\n", "", 1, 0, kManage, false},
+        {"status,wifi", hide + "\n", "", 1, 0, kManage, false},
+        {"status,wifi", hide + "\"\"\n", "", 1, 0, kManage, false},
+        // the comparison is exact: a case change is a change
+        {"status,wifi", hide + "Status,wifi\n", "", 0, -1, kManage, false},
+        // a change runs the scripts only when asked
+        {"status", hide + "\"status wifi\"\n", "", 0, -1, kManage, false},
+        {"status", hide + "\"status wifi\"\n", "", 1, -1, kManage, true},
+        // a key absent from the running configuration counts as changed
+        {nullptr, "", hide + "wifi\n", 1, -1, kSystem, true},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.manage + "|" + c.system + "|" + std::to_string(c.apply));
+        devtest::reset_device_state();
+        devtest::remove_all(kManage);
+        devtest::remove_all(kSystem);
+        if (c.running) devtest::mdlcfg_set("QX_ADMIN_WEB_PAGE_HIDE", c.running);
+        if (!c.manage.empty()) devtest::write_file(kManage, c.manage);
+        if (!c.system.empty()) devtest::write_file(kSystem, c.system);
+        EXPECT_EQ(util_check_if_config_file_work(c.apply), c.rc);
+        std::vector<std::string> want = {kCurrentExportCall, loader_call(c.loaded)};
+        if (c.scripts) want.insert(want.end(), kScripts.begin(), kScripts.end());
+        EXPECT_EQ(devtest::calls(), want);
     }
-    // the comparison is exact: a case change is a change
-    devtest::write_file(kManage, "QX_ADMIN_WEB_PAGE_HIDE=Status,wifi\n");
-    EXPECT_EQ(util_check_if_config_file_work(0), -1);
-}
-
-TEST_F(ConfigDevice, ChangedKeyRunsTheScriptsInOrderOnlyWhenAsked) {
-    devtest::mdlcfg_set("QX_ADMIN_WEB_PAGE_HIDE", "status");
-    devtest::write_file(kManage, "QX_ADMIN_WEB_PAGE_HIDE=\"status wifi\"\n");
-    EXPECT_EQ(util_check_if_config_file_work(0), -1);
-    EXPECT_TRUE(script_calls().empty());
-
-    devtest::clear_calls();
-    EXPECT_EQ(util_check_if_config_file_work(1), -1);
-    std::vector<std::string> want = {kCurrentExportCall, loader_call(kManage)};
-    want.insert(want.end(), kScripts.begin(), kScripts.end());
-    EXPECT_EQ(devtest::calls(), want);
-}
-
-TEST_F(ConfigDevice, KeyAbsentFromTheRunningConfigurationCountsAsChanged) {
-    devtest::write_file(kSystem, "QX_ADMIN_WEB_PAGE_HIDE=wifi\n");
-    EXPECT_EQ(util_check_if_config_file_work(1), -1);
-    EXPECT_EQ(script_calls(), kScripts);
 }
 
 }  // namespace

