@@ -3,8 +3,8 @@
 
 #include <string_view>
 
-#include "libbase.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
 
 namespace {
 constexpr char kHex[] = "0123456789abcdef";

@@ -14,9 +14,9 @@
 #include <atomic>
 #include <string_view>
 
-#include "libbase.h"
-#include "raii.h"
-#include "text.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
 
 using cmdlib::UniqueFd;
 

@@ -6,10 +6,10 @@
 
 #include <string_view>
 
-#include "libbase.h"
-#include "line_reader.h"
-#include "raii.h"
-#include "text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
 
 namespace {
 

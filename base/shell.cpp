@@ -10,8 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "libbase.h"
-#include "raii.h"
+#include "base/internal/raii.h"
+#include "base/libbase.h"
 
 
 namespace {

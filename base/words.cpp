@@ -2,8 +2,8 @@
 #include <ctype.h>
 #include <string.h>
 
-#include "libbase.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
 
 namespace {
 

@@ -18,7 +18,7 @@
 
 #include <string>
 
-#include "network.h"
+#include "cmdlib/network.h"
 
 namespace {
 

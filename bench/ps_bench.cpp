@@ -17,7 +17,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "cmdlib_info.h"
+#include "cmdlib/cmdlib_info.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // cmdlib family.
 //
 // ==== System information record and its readers ==============================
-#include "cmdlib.h"
+#include "cmdlib/cmdlib.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -9,13 +9,13 @@
 
 #include <string_view>
 
-#include "cmdlib_platform_fibocom_t750.h"
-#include "info_fields.h"
-#include "libbase.h"
-#include "line_reader.h"
-#include "raii.h"
-#include "sysinfo_parse.h"
-#include "text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/info_fields.h"
+#include "cmdlib/internal/product.h"
+#include "cmdlib/internal/sysinfo_parse.h"
 
 using namespace cmdlib;
 

@@ -1,5 +1,5 @@
 // Band catalogue, band-control dispatch and network-mode mapping.
-#include "cmdlib_band.h"
+#include "cmdlib/cmdlib_band.h"
 
 #include <stdint.h>
 #include <stdio.h>
@@ -7,9 +7,9 @@
 
 #include <string_view>
 
-#include "big_value_bits.h"
-#include "record_field.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "cmdlib/internal/big_value_bits.h"
+#include "cmdlib/internal/record_field.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Configuration store: export-line parsing, key reads into pairs and
 // structures, the process-wide cache, packed-file checks and the change
 // test of requirement configurations.
-#include "cmdlib_config.h"
+#include "cmdlib/cmdlib_config.h"
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -10,13 +10,13 @@
 
 #include <string_view>
 
-#include "checksum.h"
-#include "cmdlib_snmp.h"
-#include "config_parse.h"
-#include "libbase.h"
-#include "line_reader.h"
-#include "raii.h"
-#include "text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib_snmp.h"
+#include "cmdlib/internal/checksum.h"
+#include "cmdlib/internal/config_parse.h"
 
 CMDLIB_API ConfigKeyValuePair system_configs[SYSTEM_CONFIGS_CAPACITY];
 CMDLIB_API int system_configs_count = 0;

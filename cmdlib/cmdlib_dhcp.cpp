@@ -1,8 +1,8 @@
 // Configuration keys of the LAN's DHCP server.
-#include "cmdlib_dhcp.h"
+#include "cmdlib/cmdlib_dhcp.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 #include <string.h>
 

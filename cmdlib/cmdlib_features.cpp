@@ -1,5 +1,5 @@
 // Product feature set, web-page feature sets and small device facts.
-#include "cmdlib_features.h"
+#include "cmdlib/cmdlib_features.h"
 
 #include <ctype.h>
 #include <stdio.h>
@@ -7,10 +7,10 @@
 
 #include <string_view>
 
-#include "cmdlib_platform_fibocom_t750.h"
-#include "libbase.h"
-#include "raii.h"
-#include "text.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/product.h"
 
 using namespace cmdlib;
 
@@ -47,7 +47,7 @@ void fill_set_text(void (*fill)(BigValue *), char *out) {
 }
 
 void fill_system_features(BigValue *set) {
-    fibocom_t750_get_system_features(set);
+    CMDLIB_PRODUCT(get_system_features)(set);
     for (int bit : kCommonFeatureBits) util_set_one_bit_for_big_value(set, bit);
 }
 

@@ -1,11 +1,11 @@
 // Firewall settings: the descriptor table derived from the field list and
 // the reader that fills tFirewallConfigInfo from an export.
-#include "cmdlib_firewall_config.h"
+#include "cmdlib/cmdlib_firewall_config.h"
 
 #include <stddef.h>
 #include <string.h>
 
-#include "cmdlib_config.h"
+#include "cmdlib/cmdlib_config.h"
 
 #define CMDLIB_FIREWALL_DESCRIPTOR(name, width) {#name, offsetof(tFirewallConfigInfo, name), width, 1},
 constexpr FieldConfigInfo firewall_config_fields[FIREWALL_CONFIG_FIELDS_COUNT] = {

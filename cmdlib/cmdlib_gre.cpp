@@ -1,9 +1,9 @@
 // Configuration keys of the GRE tunnel.
-#include "cmdlib_gre.h"
+#include "cmdlib/cmdlib_gre.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
-#include "record_field.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
+#include "cmdlib/internal/record_field.h"
 
 constexpr const char *gre_config_fields[GRE_CONFIG_FIELDS_COUNT + 1] = {
     "QX_GRE_VPN_ENABLED", "QX_GRE_VPN_NAME", "QX_GRE_VPN_SERVER", "QX_GRE_VPN_LOCAL_IP",

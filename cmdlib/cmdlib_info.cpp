@@ -1,5 +1,5 @@
 // Process table, memory figures and command lines from /proc.
-#include "cmdlib_info.h"
+#include "cmdlib/cmdlib_info.h"
 
 #include <dirent.h>
 #include <errno.h>
@@ -12,11 +12,11 @@
 
 #include <array>
 
-#include "libbase.h"
-#include "line_reader.h"
-#include "proc_parse.h"
-#include "raii.h"
-#include "text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/proc_parse.h"
 
 namespace cmdlib {
 

@@ -1,8 +1,8 @@
 // Configuration keys of IP pass-through, which hands the WAN address to one LAN host.
-#include "cmdlib_ip_passthrough.h"
+#include "cmdlib/cmdlib_ip_passthrough.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 #include <string.h>
 

@@ -1,10 +1,10 @@
 // Configuration keys of the L2TP and PPTP tunnels.
-#include "cmdlib_l2tp.h"
+#include "cmdlib/cmdlib_l2tp.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
-#include "record_field.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
+#include "cmdlib/internal/record_field.h"
 
 constexpr const char *l2tp_config_fields[L2TP_CONFIG_FIELDS_COUNT + 1] = {
     "QX_L2TP_MODE", "QX_LNS_SERVER", "QX_TUNNEL_NAME", "QX_TUNNEL_PASS", "QX_AUTH_NAME", "QX_AUTH_PASS",

@@ -1,8 +1,8 @@
 // Configuration keys of the network lock: the PLMNs the router may register on.
-#include "cmdlib_lock_network.h"
+#include "cmdlib/cmdlib_lock_network.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 constexpr const char *lock_network_config_fields[LOCK_NETWORK_CONFIG_FIELDS_COUNT + 1] = {
     "QX_ENABLE_LOCK_NETWORK", "QX_LOCK_NETWORK_PLMN", "QX_LOCK_NETWORK_PLMN2",

@@ -1,7 +1,7 @@
 // LTE status and one-cell lock dispatch, band 42/43 frequencies, prestore
 // frequencies, the AT command channel, modem processes and UTF-8 to code
 // units.
-#include "cmdlib_module.h"
+#include "cmdlib/cmdlib_module.h"
 
 #include <stddef.h>
 #include <stdio.h>
@@ -11,12 +11,12 @@
 
 #include <string_view>
 
-#include "cmdlib_info.h"
-#include "libbase.h"
-#include "record_field.h"
-#include "sim.h"
-#include "status_ind.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib_info.h"
+#include "cmdlib/internal/record_field.h"
+#include "cmdlib/internal/status_ind.h"
+#include "cmdlib/sim.h"
 
 namespace {
 
@@ -109,7 +109,7 @@ static_assert(sizeof kModemUpgradeKillList / sizeof kModemUpgradeKillList[0] == 
 
 int running(const char *name) { return cmd_ps_is_one_program_running(const_cast<char *>(name)); }
 
-int run_shell(const char *cmd) { return system(cmd); }
+int run_shell(const char *cmd) { return util_shell(cmd); }
 
 // ---- UTF-8 ---------------------------------------------------------------------------------
 

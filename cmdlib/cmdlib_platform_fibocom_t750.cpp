@@ -1,5 +1,5 @@
 // fibocom_t750 product operations.
-#include "cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750.h"
 
 #include <ctype.h>
 #include <stdio.h>
@@ -12,12 +12,12 @@
 #include <array>
 #include <string_view>
 
-#include "info_fields.h"
-#include "libbase.h"
-#include "line_reader.h"
-#include "raii.h"
-#include "settings_parse.h"
-#include "text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/info_fields.h"
+#include "cmdlib/internal/settings_parse.h"
 
 using namespace cmdlib;
 

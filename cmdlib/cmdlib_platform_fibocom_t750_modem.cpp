@@ -1,5 +1,5 @@
 // fibocom_t750 modem tables and the platform pointers that select them.
-#include "cmdlib_platform_fibocom_t750_modem.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750_modem.h"
 
 extern "C" {
 

@@ -1,9 +1,9 @@
 // quectel_x12 module operations.
-#include "cmdlib_platform_quectel_x12.h"
+#include "cmdlib/cmdlib_platform_quectel_x12.h"
 
 #include <string.h>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 namespace {
 

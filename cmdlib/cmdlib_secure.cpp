@@ -1,5 +1,5 @@
 // Input validators and direct program execution without a shell.
-#include "cmdlib_secure.h"
+#include "cmdlib/cmdlib_secure.h"
 
 #include <arpa/inet.h>
 #include <errno.h>
@@ -13,8 +13,8 @@
 
 #include <string_view>
 
-#include "raii.h"
-#include "text.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Signal level schemas and the level override files.
-#include "cmdlib_signal.h"
+#include "cmdlib/cmdlib_signal.h"
 
 #include <stdio.h>
 #include <strings.h>
 
-#include "libbase.h"
-#include "signal_level.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/signal_level.h"
 
 namespace {
 

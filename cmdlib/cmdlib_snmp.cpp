@@ -1,8 +1,8 @@
 // Configuration keys of the SNMP agent.
-#include "cmdlib_snmp.h"
+#include "cmdlib/cmdlib_snmp.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 constexpr const char *snmp_config_fields[SNMP_CONFIG_FIELDS_COUNT + 1] = {
     "QX_SNMP_ENABLED", "QX_SNMP_LO_ENABLED", "QX_SNMP_CN_READ", "QX_SNMP_CN_WRITE",

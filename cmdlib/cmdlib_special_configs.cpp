@@ -1,8 +1,8 @@
 // Configuration keys of special settings: MTU, MSS, ARP ageing, SIP ports, signal scheme and bands.
-#include "cmdlib_special_configs.h"
+#include "cmdlib/cmdlib_special_configs.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 constexpr const char *special_configs_config_fields[SPECIAL_CONFIGS_CONFIG_FIELDS_COUNT + 1] = {
     "QX_MTU_USB0", "QX_WAN_MSS", "CONFIG_DISABLE_GSM", "QX_ARP_AGING_TIME", "QX_SIP_RTP_PORT_LOW",

@@ -1,8 +1,8 @@
 // Configuration keys of the TR-069 client.
-#include "cmdlib_tr069.h"
+#include "cmdlib/cmdlib_tr069.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 constexpr const char *tr069_config_fields[TR069_CONFIG_FIELDS_COUNT + 1] = {
     "QX_TR069_ENABLED", "QX_TR069_URL", "QX_TR069_NOTICE_ENABLED", "QX_TR069_NOTICE_INTERVAL",

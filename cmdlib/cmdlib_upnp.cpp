@@ -1,8 +1,8 @@
 // Configuration keys of UPnP.
-#include "cmdlib_upnp.h"
+#include "cmdlib/cmdlib_upnp.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 constexpr const char *upnp_config_fields[UPNP_CONFIG_FIELDS_COUNT + 1] = {
     "USR_FWT_UPNP_SW", nullptr};

@@ -1,8 +1,8 @@
 // Configuration keys of the web management server.
-#include "cmdlib_web.h"
+#include "cmdlib/cmdlib_web.h"
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 constexpr const char *web_config_fields[WEB_CONFIG_FIELDS_COUNT + 1] = {
     "QX_SUPER_USERNAME", "QX_SUPER_PASSWD", "QX_USERNAME", "QX_PASSWD", "QX_USED_LOGO_FILE",

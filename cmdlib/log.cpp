@@ -1,14 +1,14 @@
 // Logging family: debug-flag files, exception log, capped debug files.
-#include "log.h"
+#include "cmdlib/log.h"
 
 #include <ctype.h>
 #include <stdio.h>
 #include <string.h>
 
-#include "libbase.h"
-#include "log_write.h"
-#include "raii.h"
-#include "text.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/log_write.h"
 
 #define LOG_FLAG_FILE(app) LOG_FLAG_FILES_DIR "/.enable-debug-output-for-" app
 

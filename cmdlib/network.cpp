@@ -1,5 +1,5 @@
 // network: interfaces and addresses, attached devices, connection tracking.
-#include "network.h"
+#include "cmdlib/network.h"
 
 #include <arpa/inet.h>
 #include <net/if.h>
@@ -11,19 +11,19 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "cmdlib.h"
-#include "cmdlib_band.h"
-#include "cmdlib_features.h"
-#include "libbase.h"
-#include "internal/checksum.h"
-#include "internal/conntrack_parse.h"
-#include "internal/line_reader.h"
-#include "internal/neigh_parse.h"
-#include "internal/network_files.h"
-#include "internal/raii.h"
-#include "internal/route_parse.h"
-#include "internal/shell_quote.h"
-#include "internal/text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/shell_quote.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_band.h"
+#include "cmdlib/cmdlib_features.h"
+#include "cmdlib/internal/checksum.h"
+#include "cmdlib/internal/conntrack_parse.h"
+#include "cmdlib/internal/neigh_parse.h"
+#include "cmdlib/internal/network_files.h"
+#include "cmdlib/internal/route_parse.h"
 
 using cmdlib::copy_bounded;
 using cmdlib::format_bounded;

@@ -1,11 +1,11 @@
 // SIM state and the other readers of the status indication line.
-#include "sim.h"
+#include "cmdlib/sim.h"
 
 #include <string.h>
 
-#include "libbase.h"
-#include "status_ind.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/status_ind.h"
 
 namespace cmdlib {
 

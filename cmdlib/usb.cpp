@@ -1,5 +1,5 @@
 // USB modem presence and serial port discovery from /proc and /sys.
-#include "usb.h"
+#include "cmdlib/usb.h"
 
 #include <dirent.h>
 #include <limits.h>
@@ -9,11 +9,11 @@
 
 #include <array>
 
-#include "libbase.h"
-#include "line_reader.h"
-#include "raii.h"
-#include "text.h"
-#include "usb_walk.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/raii.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/internal/usb_walk.h"
 
 extern "C" {
 

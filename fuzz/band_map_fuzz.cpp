@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "cmdlib_band.h"
+#include "cmdlib/cmdlib_band.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::vector<char> map(data, data + size);

@@ -7,9 +7,9 @@
 
 #include <string_view>
 
-#include "cmdlib_config.h"
-#include "config_parse.h"
-#include "line_reader.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/config_parse.h"
 
 namespace {
 

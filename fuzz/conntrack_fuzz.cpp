@@ -7,8 +7,8 @@
 
 #include <string_view>
 
-#include "internal/conntrack_parse.h"
-#include "internal/line_reader.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/internal/conntrack_parse.h"
 
 namespace {
 

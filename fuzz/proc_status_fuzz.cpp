@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "cmdlib_info.h"
-#include "internal/proc_parse.h"
-#include "internal/usb_walk.h"
-#include "libbase.h"
-#include "usb.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib_info.h"
+#include "cmdlib/internal/proc_parse.h"
+#include "cmdlib/internal/usb_walk.h"
+#include "cmdlib/usb.h"
 
 namespace {
 

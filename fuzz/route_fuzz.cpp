@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "internal/line_reader.h"
-#include "internal/neigh_parse.h"
-#include "internal/route_parse.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/internal/neigh_parse.h"
+#include "cmdlib/internal/route_parse.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 
 #include <string_view>
 
-#include "cmdlib.h"
-#include "settings_parse.h"
-#include "sysinfo_parse.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/internal/settings_parse.h"
+#include "cmdlib/internal/sysinfo_parse.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static InfoStruct info;

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "cmdlib_module.h"
+#include "cmdlib/cmdlib_module.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < 1) return 0;

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::vector<char> line(data, data + size);

@@ -5,7 +5,7 @@
 
 #include <stdint.h>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 namespace cmdlib {
 

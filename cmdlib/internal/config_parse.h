@@ -11,7 +11,7 @@
 
 #include <string_view>
 
-#include "cmdlib_config.h"
+#include "cmdlib/cmdlib_config.h"
 
 namespace cmdlib {
 

@@ -9,7 +9,7 @@
 #include <array>
 #include <string_view>
 
-#include "cmdlib.h"
+#include "cmdlib/cmdlib.h"
 
 namespace cmdlib {
 

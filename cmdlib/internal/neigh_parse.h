@@ -12,9 +12,9 @@
 
 #include <string_view>
 
-#include "libbase.h"
-#include "network.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
+#include "cmdlib/network.h"
 
 namespace cmdlib {
 

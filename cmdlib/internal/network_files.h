@@ -5,8 +5,8 @@
 
 #include <stddef.h>
 
-#include "internal/conntrack_parse.h"
-#include "network.h"
+#include "cmdlib/internal/conntrack_parse.h"
+#include "cmdlib/network.h"
 
 namespace cmdlib {
 

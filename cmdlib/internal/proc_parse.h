@@ -9,8 +9,8 @@
 
 #include <string_view>
 
-#include "cmdlib_info.h"
-#include "libbase.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib_info.h"
 
 namespace cmdlib {
 

@@ -10,8 +10,8 @@
 
 #include <string_view>
 
-#include "libbase.h"
-#include "text.h"
+#include "base/internal/text.h"
+#include "base/libbase.h"
 
 namespace cmdlib {
 

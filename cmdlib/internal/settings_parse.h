@@ -6,8 +6,8 @@
 
 #include <string_view>
 
-#include "cmdlib.h"
-#include "info_fields.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/internal/info_fields.h"
 
 namespace cmdlib {
 

@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-#include "cmdlib.h"
+#include "cmdlib/cmdlib.h"
 
 namespace cmdlib {
 

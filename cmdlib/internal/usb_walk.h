@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-#include "usb.h"
+#include "cmdlib/usb.h"
 
 namespace cmdlib {
 

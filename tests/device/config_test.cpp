@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "cmdlib_config.h"
+#include "cmdlib/cmdlib_config.h"
 #include "device.h"
 
 namespace {

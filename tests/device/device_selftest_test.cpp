@@ -11,11 +11,11 @@
 
 #include <gmock/gmock.h>
 
-#include "cmdlib.h"
-#include "cmdlib_features.h"
-#include "cmdlib_info.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_features.h"
+#include "cmdlib/cmdlib_info.h"
 #include "device.h"
-#include "libbase.h"
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;

@@ -13,13 +13,13 @@
 #include <thread>
 #include <vector>
 
-#include "cmdlib_band.h"
-#include "cmdlib_info.h"
-#include "cmdlib_module.h"
-#include "cmdlib_platform_quectel_x12.h"
-#include "cmdlib_signal.h"
+#include "cmdlib/cmdlib_band.h"
+#include "cmdlib/cmdlib_info.h"
+#include "cmdlib/cmdlib_module.h"
+#include "cmdlib/cmdlib_platform_quectel_x12.h"
+#include "cmdlib/cmdlib_signal.h"
+#include "cmdlib/sim.h"
 #include "device.h"
-#include "sim.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "cmdlib/network.h"
 #include "device.h"
-#include "network.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "cmdlib_info.h"
+#include "cmdlib/cmdlib_info.h"
 #include "device.h"
 
 namespace {

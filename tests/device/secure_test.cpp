@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "cmdlib_secure.h"
+#include "cmdlib/cmdlib_secure.h"
 #include "device.h"
 
 namespace {

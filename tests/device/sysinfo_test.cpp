@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <string>
 
-#include "cmdlib.h"
-#include "cmdlib_features.h"
-#include "cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_features.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/log.h"
 #include "device.h"
-#include "log.h"
 
 using namespace devtest;
 

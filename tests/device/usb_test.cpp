@@ -5,8 +5,8 @@
 
 #include <string>
 
+#include "cmdlib/usb.h"
 #include "device.h"
-#include "usb.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-#include "cmdlib_band.h"
+#include "cmdlib/cmdlib_band.h"
 
 namespace {
 

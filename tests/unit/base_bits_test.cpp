@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 namespace {
 

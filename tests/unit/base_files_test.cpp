@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 namespace {
 

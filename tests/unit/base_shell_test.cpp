@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 namespace {
 

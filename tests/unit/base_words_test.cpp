@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "libbase.h"
+#include "base/libbase.h"
 
 namespace {
 

@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "checksum.h"
-#include "cmdlib_config.h"
-#include "config_parse.h"
-#include "line_reader.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/checksum.h"
+#include "cmdlib/internal/config_parse.h"
 
 namespace {
 

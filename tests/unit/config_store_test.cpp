@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "checksum.h"
-#include "cmdlib_config.h"
-#include "libbase.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/internal/checksum.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <string>
 
-#include "cmdlib_features.h"
+#include "cmdlib/cmdlib_features.h"
 
 namespace {
 

@@ -9,20 +9,20 @@
 #include <string>
 #include <vector>
 
-#include "cmdlib.h"
-#include "cmdlib_config.h"
-#include "cmdlib_dhcp.h"
-#include "cmdlib_firewall_config.h"
-#include "cmdlib_gre.h"
-#include "cmdlib_ip_passthrough.h"
-#include "cmdlib_l2tp.h"
-#include "cmdlib_lock_network.h"
-#include "cmdlib_snmp.h"
-#include "cmdlib_special_configs.h"
-#include "cmdlib_tr069.h"
-#include "cmdlib_upnp.h"
-#include "cmdlib_web.h"
-#include "libbase.h"
+#include "base/libbase.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_config.h"
+#include "cmdlib/cmdlib_dhcp.h"
+#include "cmdlib/cmdlib_firewall_config.h"
+#include "cmdlib/cmdlib_gre.h"
+#include "cmdlib/cmdlib_ip_passthrough.h"
+#include "cmdlib/cmdlib_l2tp.h"
+#include "cmdlib/cmdlib_lock_network.h"
+#include "cmdlib/cmdlib_snmp.h"
+#include "cmdlib/cmdlib_special_configs.h"
+#include "cmdlib/cmdlib_tr069.h"
+#include "cmdlib/cmdlib_upnp.h"
+#include "cmdlib/cmdlib_web.h"
 
 namespace {
 

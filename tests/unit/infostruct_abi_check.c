@@ -3,7 +3,7 @@
  * header: a daemon written in C must see the library's offsets. */
 #include <stddef.h>
 
-#include "cmdlib.h"
+#include "cmdlib/cmdlib.h"
 
 size_t infostruct_c_layout(size_t *out, size_t capacity);
 

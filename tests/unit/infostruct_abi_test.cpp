@@ -5,8 +5,8 @@
 
 #include <stddef.h>
 
-#include "cmdlib.h"
-#include "info_fields.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/internal/info_fields.h"
 
 extern "C" size_t infostruct_c_layout(size_t *out, size_t capacity) __attribute__((weak));
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "line_reader.h"
-#include "shell_quote.h"
-#include "text.h"
+#include "base/internal/line_reader.h"
+#include "base/internal/shell_quote.h"
+#include "base/internal/text.h"
 
 namespace {
 

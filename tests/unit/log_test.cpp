@@ -12,8 +12,8 @@
 #include <string>
 #include <utility>
 
-#include "log.h"
-#include "log_write.h"
+#include "cmdlib/internal/log_write.h"
+#include "cmdlib/log.h"
 
 using namespace cmdlib;
 

@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <string>
 
-#include "cmdlib_module.h"
-#include "cmdlib_platform_fibocom_t750_modem.h"
+#include "cmdlib/cmdlib_module.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750_modem.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "cmdlib_band.h"
-#include "cmdlib_platform_fibocom_t750_modem.h"
+#include "cmdlib/cmdlib_band.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750_modem.h"
 
 namespace {
 

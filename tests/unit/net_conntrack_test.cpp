@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "internal/conntrack_parse.h"
-#include "internal/network_files.h"
-#include "network.h"
+#include "cmdlib/internal/conntrack_parse.h"
+#include "cmdlib/internal/network_files.h"
+#include "cmdlib/network.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <fstream>
 #include <string>
 
-#include "internal/line_reader.h"
-#include "internal/neigh_parse.h"
-#include "internal/network_files.h"
-#include "network.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/internal/neigh_parse.h"
+#include "cmdlib/internal/network_files.h"
+#include "cmdlib/network.h"
 
 using cmdlib::TextLineReader;
 

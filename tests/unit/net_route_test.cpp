@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "internal/line_reader.h"
-#include "internal/route_parse.h"
-#include "network.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/internal/route_parse.h"
+#include "cmdlib/network.h"
 
 using cmdlib::TextLineReader;
 

@@ -14,8 +14,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cmdlib_info.h"
-#include "internal/proc_parse.h"
+#include "cmdlib/cmdlib_info.h"
+#include "cmdlib/internal/proc_parse.h"
 
 namespace fs = std::filesystem;
 using cmdlib::ProcCount;

@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cmdlib_secure.h"
+#include "cmdlib/cmdlib_secure.h"
 
 namespace fs = std::filesystem;
 

@@ -1,8 +1,8 @@
 // Signal level schemas and the override-file reader.
 #include <gtest/gtest.h>
 
-#include "cmdlib_signal.h"
-#include "signal_level.h"
+#include "cmdlib/cmdlib_signal.h"
+#include "cmdlib/internal/signal_level.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "status_ind.h"
+#include "cmdlib/internal/status_ind.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <utility>
 
-#include "cmdlib.h"
-#include "cmdlib_gre.h"
-#include "cmdlib_l2tp.h"
-#include "settings_parse.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_gre.h"
+#include "cmdlib/cmdlib_l2tp.h"
+#include "cmdlib/internal/settings_parse.h"
 
 namespace {
 

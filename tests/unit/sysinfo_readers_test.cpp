@@ -6,9 +6,9 @@
 
 #include <string>
 
-#include "cmdlib.h"
-#include "line_reader.h"
-#include "sysinfo_parse.h"
+#include "base/internal/line_reader.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/internal/sysinfo_parse.h"
 
 using namespace cmdlib;
 

@@ -11,10 +11,10 @@
 #include <utility>
 #include <vector>
 
-#include "cmdlib.h"
-#include "cmdlib_platform_fibocom_t750.h"
-#include "info_fields.h"
-#include "settings_parse.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/internal/info_fields.h"
+#include "cmdlib/internal/settings_parse.h"
 
 using namespace cmdlib;
 

@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
-#include "internal/usb_walk.h"
-#include "usb.h"
+#include "cmdlib/internal/usb_walk.h"
+#include "cmdlib/usb.h"
 
 namespace fs = std::filesystem;
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cmdlib_module.h"
+#include "cmdlib/cmdlib_module.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <string>
 
-#include "cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "base/libbase.h"
 #include "cmdlibctl.h"
-#include "libbase.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "cmdlib_config.h"
+#include "cmdlib/cmdlib_config.h"
 #include "cmdlibctl.h"
 
 namespace {

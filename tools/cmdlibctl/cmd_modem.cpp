@@ -5,12 +5,12 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "cmdlib.h"
-#include "cmdlib_band.h"
-#include "cmdlib_module.h"
-#include "cmdlib_signal.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_band.h"
+#include "cmdlib/cmdlib_module.h"
+#include "cmdlib/cmdlib_signal.h"
+#include "cmdlib/sim.h"
 #include "cmdlibctl.h"
-#include "sim.h"
 
 namespace {
 

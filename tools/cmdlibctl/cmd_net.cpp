@@ -5,9 +5,9 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "base/libbase.h"
+#include "cmdlib/network.h"
 #include "cmdlibctl.h"
-#include "libbase.h"
-#include "network.h"
 
 namespace {
 

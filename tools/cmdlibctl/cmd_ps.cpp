@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "cmdlib_info.h"
+#include "cmdlib/cmdlib_info.h"
+#include "cmdlib/usb.h"
 #include "cmdlibctl.h"
-#include "usb.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include <string.h>
 #include <strings.h>
 
-#include "cmdlib.h"
-#include "cmdlib_features.h"
-#include "cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/cmdlib.h"
+#include "cmdlib/cmdlib_features.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750.h"
+#include "cmdlib/log.h"
 #include "cmdlibctl.h"
-#include "log.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 // RAII owners for the C resources the library touches: file descriptors,
-// stdio streams, directory streams and heap buffers from malloc.
+// stdio streams, directory streams and heap buffers from malloc.  Children
+// are owned by base's runner (base/shell.cpp), never started elsewhere.
 #pragma once
 
 #include <dirent.h>
@@ -59,27 +60,6 @@ class UniqueFile {
 
   private:
     FILE *fp_ = nullptr;
-};
-
-// A stream opened with popen(); closing it waits for the child.
-class UniquePipe {
-  public:
-    UniquePipe(const char *cmd, const char *mode) : fp_(::popen(cmd, mode)) {}
-    ~UniquePipe() { close(); }
-    UniquePipe(const UniquePipe &) = delete;
-    UniquePipe &operator=(const UniquePipe &) = delete;
-    [[nodiscard]] FILE *get() const { return fp_; }
-    explicit operator bool() const { return fp_ != nullptr; }
-    // Returns the child's wait status (-1 when nothing was open).
-    int close() {
-        if (!fp_) return -1;
-        int st = ::pclose(fp_);
-        fp_ = nullptr;
-        return st;
-    }
-
-  private:
-    FILE *fp_;
 };
 
 class UniqueDir {
