@@ -52,14 +52,41 @@ namespace cmdlib {
     return true;
 }
 
-// Next field separated by runs of blanks; advances *s past it.
-[[nodiscard]] constexpr std::string_view next_word(std::string_view *s) {
-    std::string_view t = strip_leading_blanks(*s);
-    size_t n = 0;
-    while (n < t.size() && !is_space_or_eol(t[n])) ++n;
-    std::string_view w = t.substr(0, n);
-    *s = t.substr(n);
+// Separator sets of the word splitter.
+// Blanks and line ends: fields of /proc files and tool output.
+inline constexpr std::string_view kBlankOrEol = " \t\r\n";
+// Everything isspace() accepts in the C locale.
+inline constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+
+// The word splitter of every parser: skips any run of separators, returns
+// the word up to the next separator (empty when none is left) and advances
+// *s past it.  Unlike strtok() nothing is written; unlike
+// util_get_all_args() the line need not be a writable C string.
+[[nodiscard]] constexpr std::string_view next_word(std::string_view *s,
+                                                   std::string_view separators = kBlankOrEol) {
+    size_t start = s->find_first_not_of(separators);
+    if (start == std::string_view::npos) {
+        *s = s->substr(s->size());
+        return {};
+    }
+    size_t end = s->find_first_of(separators, start);
+    if (end == std::string_view::npos) end = s->size();
+    std::string_view w = s->substr(start, end - start);
+    *s = s->substr(end);
     return w;
+}
+
+// The words of s into out[0..cap), in order; returns how many (at most
+// cap: words past the capacity are not looked at).
+constexpr size_t split_words(std::string_view s, std::string_view separators, std::string_view *out,
+                             size_t cap) {
+    size_t n = 0;
+    while (n < cap) {
+        std::string_view w = next_word(&s, separators);
+        if (w.empty()) break;
+        out[n++] = w;
+    }
+    return n;
 }
 
 // Decimal integer without locale, optional sign, overflow checked.  The

@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "base/internal/text.h"
-#include "base/libbase.h"
 #include "cmdlib/network.h"
 
 namespace cmdlib {
@@ -17,32 +16,27 @@ namespace cmdlib {
 constexpr int kMaxNatSessions = 256;
 
 // The conversions the session table reads words with: "%Ns" (blank-skipping,
-// at most N characters up to the next white space), "prefix%Ns" and
+// at most N-1 characters up to the next white space), "prefix%Ns" and
 // "prefix%d".  On failure the target keeps its value.
-inline bool scan_word(const char *s, char *out, size_t size) {
-    while (*s && isspace(static_cast<unsigned char>(*s))) ++s;
-    if (!*s) return false;
-    size_t n = 0;
-    while (s[n] && !isspace(static_cast<unsigned char>(s[n])) && n + 1 < size) {
-        out[n] = s[n];
-        ++n;
-    }
-    out[n] = '\0';
+inline bool scan_word(std::string_view w, char *out, size_t size) {
+    std::string_view t = next_word(&w, kWhiteSpace);
+    if (t.empty()) return false;
+    copy_bounded(out, size, t);
     return true;
 }
 
-inline bool scan_prefixed_word(const char *s, std::string_view prefix, char *out, size_t size) {
-    if (strncmp(s, prefix.data(), prefix.size()) != 0) return false;
-    return scan_word(s + prefix.size(), out, size);
+inline bool scan_prefixed_word(std::string_view w, std::string_view prefix, char *out, size_t size) {
+    return consume_prefix(&w, prefix) && scan_word(w, out, size);
 }
 
-inline bool scan_prefixed_int(const char *s, std::string_view prefix, int *out) {
-    if (strncmp(s, prefix.data(), prefix.size()) != 0) return false;
-    std::string_view v = s + prefix.size();
-    while (!v.empty() && isspace(static_cast<unsigned char>(v[0]))) v.remove_prefix(1);
-    size_t digits = (!v.empty() && (v[0] == '-' || v[0] == '+')) ? 1 : 0;
-    if (digits >= v.size() || v[digits] < '0' || v[digits] > '9') return false;
-    *out = atoi_sat(v);
+inline bool scan_prefixed_int(std::string_view w, std::string_view prefix, int *out) {
+    if (!consume_prefix(&w, prefix)) return false;
+    size_t start = w.find_first_not_of(kWhiteSpace);
+    if (start == std::string_view::npos) return false;
+    w.remove_prefix(start);
+    size_t digits = (w[0] == '-' || w[0] == '+') ? 1 : 0;
+    if (digits >= w.size() || w[digits] < '0' || w[digits] > '9') return false;
+    *out = atoi_sat(w);
     return true;
 }
 
@@ -58,13 +52,12 @@ class NatSessionParser {
         copy_bounded(lan_ip_, sizeof lan_ip_, lan_ip ? lan_ip : "");
     }
 
-    // Parses one line (without its newline; cut in place).  Returns the
-    // length of the table line written into out, 0 when the line is no
-    // established IPv4 TCP/UDP session.
-    size_t feed(char *line, char *out, size_t size) {
+    // Parses one line (without its newline).  Returns the length of the
+    // table line written into out, 0 when the line is no established IPv4
+    // TCP/UDP session.
+    size_t feed(std::string_view line, char *out, size_t size) {
         int pos = 0;
-        char *save = nullptr;
-        for (char *w = strtok_r(line, " ", &save); w; w = strtok_r(nullptr, " ", &save), ++pos) {
+        for (std::string_view w = next_word(&line, " "); !w.empty(); w = next_word(&line, " "), ++pos) {
             if (!take_word(w, &pos)) return 0;
         }
         if (strncmp(rep_dst_, wan_ip_, sizeof rep_dst_) == 0) copy_bounded(dir_, sizeof dir_, "WAN");
@@ -78,7 +71,7 @@ class NatSessionParser {
 
   private:
     // false drops the line
-    bool take_word(const char *w, int *pos) {
+    bool take_word(std::string_view w, int *pos) {
         switch (*pos) {
         case IPVX:
             scan_word(w, family_, sizeof family_);
@@ -99,7 +92,7 @@ class NatSessionParser {
         case INSIDE_SRC_PORT: scan_prefixed_int(w, "sport=", &req_sport_); return true;
         case INSIDE_DST_PORT: scan_prefixed_int(w, "dport=", &req_dport_); return true;
         case OUTSIDE_SRC_IP:
-            if (strstr(w, "UNREPLIED")) return false;
+            if (w.find("UNREPLIED") != std::string_view::npos) return false;
             scan_prefixed_word(w, "src=", rep_src_, sizeof rep_src_);
             return true;
         case OUTSIDE_DST_IP: scan_prefixed_word(w, "dst=", rep_dst_, sizeof rep_dst_); return true;
@@ -164,43 +157,47 @@ inline void make_collect_context(const char *wan_ip, const char *gateway, Collec
 // Remaining lifetime within this span of the longest seen counts as fresh.
 constexpr int kFreshUdpSpan = 121;
 
-// One conntrack line (cut in place) for the destination collector.
-inline void collect_conntrack_line(char *line, const CollectContext &c,
+// One conntrack line for the destination collector.
+inline void collect_conntrack_line(std::string_view line, const CollectContext &c,
                                    DestIPInConntrackInfo *info, int *max_timeout) {
     // Cheap test first: the exact word must at least occur as text.
-    if (!strstr(line, c.dst_word)) return;
-    util_strip_blank_of_string_end(line);
-    char *w[64];
-    int n = util_get_all_args(line, ' ', '\t', w, 64);
-    int pos = 0;
-    if (n <= 4 || strcmp(w[IPVX], "ipv4") != 0 ||
-        !util_contains_specified_parameter(w, n, c.dst_word, 0, &pos))
-        return;
-    const char *remote = pos > 0 && strncmp(w[pos - 1], "src=", 4) == 0 ? w[pos - 1] + 4 : nullptr;
-    int life = atoi_sat(w[LIVE_TIME]);
-    const char *proto = w[PROTOCOL];
-    auto has = [&](const char *word) {
-        return util_contains_specified_parameter(w, n, word, 0, nullptr) != 0;
+    if (line.find(c.dst_word) == std::string_view::npos) return;
+    std::string_view w[64];  // words past the 64th are not looked at
+    const size_t n = split_words(strip_trailing_space(line), " \t", w, 64);
+    if (n <= 4 || w[IPVX] != "ipv4") return;
+    // Position of the first word equal to "dst=<WAN address>".
+    auto find = [&](std::string_view word) {
+        for (size_t i = 0; i < n; ++i)
+            if (w[i] == word) return i;
+        return n;
     };
+    auto has = [&](std::string_view word) { return find(word) < n; };
+    const size_t pos = find(c.dst_word);
+    if (pos == n) return;
+    // The remote address is the "src=" word just before it.
+    std::string_view remote_word = pos > 0 ? w[pos - 1] : std::string_view();
+    const bool have_remote = consume_prefix(&remote_word, "src=");
+    char remote[CONNTRACK_IP_WIDTH * 2] = "";
+    if (have_remote) copy_bounded(remote, sizeof remote, remote_word);
+    const int life = atoi_sat(w[LIVE_TIME]);
+    const std::string_view proto = w[PROTOCOL];
     auto fresh_udp_like = [&]() {
-        if (remote) add_conntrack_ip(remote, 1, info);
+        if (have_remote) add_conntrack_ip(remote, 1, info);
         if (life > *max_timeout) *max_timeout = life;
         if (static_cast<long long>(*max_timeout) - life < kFreshUdpSpan) info->network_is_ok = 1;
     };
-    bool icmp = strcmp(proto, "icmp") == 0, udp = strcmp(proto, "udp") == 0,
-         tcp = strcmp(proto, "tcp") == 0;
+    const bool icmp = proto == "icmp", udp = proto == "udp", tcp = proto == "tcp";
     if (icmp && has("type=0") && has("code=0") && !has("[UNREPLIED]")) {
         // our own echo or the gateway's proves nothing about the Internet
-        if (remote && (strcmp(remote, c.wan_ip) == 0 || strcmp(remote, c.gateway) == 0)) return;
-        if (remote) add_conntrack_ip(remote, 0, info);
+        if (have_remote && (remote_word == c.wan_ip || remote_word == c.gateway)) return;
+        if (have_remote) add_conntrack_ip(remote, 0, info);
         info->network_is_ok = 1;
     }
-    bool assured = has("[ASSURED]");
-    if (!assured) return;
+    if (!has("[ASSURED]")) return;
     if (udp && has("sport=53")) fresh_udp_like();
-    if (tcp && (has("sport=80") || has("sport=443")) && remote) add_conntrack_ip(remote, 1, info);
+    if (tcp && (has("sport=80") || has("sport=443")) && have_remote) add_conntrack_ip(remote, 1, info);
     if (udp && has("sport=5060")) fresh_udp_like();
-    if (strcmp(proto, "gre") == 0) fresh_udp_like();
+    if (proto == "gre") fresh_udp_like();
 }
 
 }  // namespace cmdlib
