@@ -1,4 +1,7 @@
-// network: interfaces and addresses, attached devices, connection tracking.
+// network: interfaces and addresses (IPv4 and IPv6 addresses, interface and
+// WAN names, the WAN forwarding switches, segments, DNS servers, network
+// health, the checksum).  Neighbours and connected devices are in
+// network_neigh.cpp, connection tracking in network_conntrack.cpp.
 #include "cmdlib/network.h"
 
 #include <arpa/inet.h>
@@ -11,6 +14,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "base/internal/command_line.h"
 #include "base/internal/line_reader.h"
 #include "base/internal/raii.h"
 #include "base/internal/shell_quote.h"
@@ -20,16 +24,14 @@
 #include "cmdlib/cmdlib_band.h"
 #include "cmdlib/cmdlib_features.h"
 #include "cmdlib/internal/checksum.h"
-#include "cmdlib/internal/conntrack_parse.h"
-#include "cmdlib/internal/neigh_parse.h"
 #include "cmdlib/internal/network_files.h"
 #include "cmdlib/internal/route_parse.h"
 
+using cmdlib::CommandLine;
 using cmdlib::copy_bounded;
 using cmdlib::format_bounded;
-using cmdlib::LineReader;
+using cmdlib::read_lines;
 using cmdlib::UniqueFd;
-using cmdlib::UniqueFile;
 
 namespace {
 
@@ -38,17 +40,8 @@ constexpr const char kRouteFile[] = "/proc/net/route";
 constexpr const char kNetDevFile[] = "/proc/net/dev";
 constexpr const char kResolvConf[] = "/var/run/resolv.conf";
 constexpr const char kManualDnsConf[] = "/tmp/cmdlib/.manual_dns_conf_file";
-constexpr const char kArpFile[] = "/proc/net/arp";
-constexpr const char kPppoeFile[] = "/proc/net/pppoe";
-constexpr const char kSwitchAddressTable[] = "/proc/phys26/addresstable";
-constexpr const char kWlanStations[] = "/tmp/cmdlib/.all_wlan_client_devices_info";
-constexpr const char kLeasesFile[] = "/tmp/dnsmasq.leases";
-constexpr const char kConntrackFile[] = "/proc/net/nf_conntrack";
-constexpr const char kNatOutput[] = "/tmp/.nat_output";
-constexpr const char kWanGatewayFile[] = "/tmp/cmdlib/.wan_network_card_gateway";
 
 constexpr const char kWanFallback[] = "usb0";
-constexpr const char kBridgeName[] = "br0";
 constexpr const char kWirelessName[] = "ath0";
 constexpr const char kEthernetName[] = "eth0";
 constexpr const char kStaticRouteTable[] = "205";
@@ -63,21 +56,6 @@ constexpr const char *kForwardBlockers[] = {
 
 char g_wan_name[64];
 char g_interface_names[8][128];
-char g_pppoe_users[512];
-
-// One shell word for outside text: unchanged when benign, else quoted.
-class ShellWord {
-  public:
-    explicit ShellWord(const char *s) { ok_ = cmdlib::shell_quote(s ? s : "", buf_, sizeof buf_) >= 0; }
-    [[nodiscard]] bool ok() const { return ok_; }
-    [[nodiscard]] const char *c_str() const { return buf_; }
-
-  private:
-    char buf_[256];
-    bool ok_;
-};
-
-void run_command(const char *cmd) { util_shell(cmd); }
 
 // Interface ioctl on a throw-away AF_INET datagram socket.
 int interface_ioctl(const char *name, unsigned long request, struct ifreq *ifr) {
@@ -115,19 +93,7 @@ int ipv6_text(const char *dev, char *out, int size, int link_local) {
     return 0;
 }
 
-// Lines of a file through a LineReader of the given size; false when the
-// file cannot be opened.
-template <size_t Size, class Fn> bool for_file(const char *path, Fn &&fn) {
-    UniqueFile f(path, "r");
-    if (!f) return false;
-    LineReader<Size> r(f.get());
-    fn(r);
-    return true;
-}
-
 }  // namespace
-
-CMDLIB_API int max_udp_timeout = 0;
 
 CMDLIB_API extern const char *const ethernet_port_map_table[8] = {"0", "0", "4", "1", "2", "3", "0", "0"};
 CMDLIB_API extern const int ethernet_port_map_table_from_label[8] = {0, 3, 4, 5, 2, 0, 0, 0};
@@ -193,7 +159,7 @@ CMDLIB_API int util_is_one_network_interface_up(char *interface_name) {
 CMDLIB_API int util_one_network_interface_exist(char *interface_name) {
     if (!interface_name) return 0;
     bool found = false;
-    for_file<256>(kNetDevFile, [&](auto &r) {
+    read_lines<256>(kNetDevFile, [&](auto &r) {
         std::string_view line;
         while (!found && r.next(&line)) found = cmdlib::netdev_line_names(line, interface_name);
     });
@@ -215,7 +181,7 @@ CMDLIB_API int cmd_ipv6_exist(const char *dev_name) {
     if (!dev_name) return 0;
     unsigned char addr[16];
     bool found = false;
-    for_file<256>(kIfInet6, [&](auto &r) {
+    read_lines<256>(kIfInet6, [&](auto &r) {
         found = cmdlib::find_if_inet6(r, dev_name, cmdlib::kScopeGlobal, addr);
     });
     return found ? 1 : 0;
@@ -227,7 +193,7 @@ CMDLIB_API int cmd_get_ipv6_address(const char *dev_name, struct in6_addr *ipv6,
     unsigned scope = is_link_local_ipv6_address ? cmdlib::kScopeLink : cmdlib::kScopeGlobal;
     unsigned char b[16];
     bool found = false;
-    for_file<256>(kIfInet6, [&](auto &r) { found = cmdlib::find_if_inet6(r, dev_name, scope, b); });
+    read_lines<256>(kIfInet6, [&](auto &r) { found = cmdlib::find_if_inet6(r, dev_name, scope, b); });
     if (!found) return -1;
     char text[48];
     format_bounded(text, sizeof text,
@@ -288,19 +254,20 @@ CMDLIB_API int util_network_get_simplified_ipv6_addr(char *source_ipv6_addr, cha
 }
 
 CMDLIB_API void util_network_del_ipv6_route_entry(char *interface, char *ipv6, int prefix_len) {
-    ShellWord dev(interface), addr(ipv6);
-    if (!dev.ok() || !addr.ok()) return;
-    char cmd[255];
-    format_bounded(cmd, sizeof cmd, "ip -6 route del %s/%d dev %s", addr.c_str(), prefix_len,
-                   dev.c_str());
-    run_command(cmd);
+    // A line that would not fit (254 characters) is not run.
+    CommandLine<255> cmd;
+    cmd.format("ip -6 route del ");
+    cmd.append_word(ipv6 ? ipv6 : "");
+    cmd.append("/%d dev ", prefix_len);
+    cmd.append_word(interface ? interface : "");
+    cmdlib::run_command(cmd);
 }
 
 // ---- Interface names ------------------------------------------------------------
 
 CMDLIB_API char *util_get_wan_interface_name_dynamically(void) {
     bool found = false;
-    for_file<256>(kRouteFile, [&](auto &r) {
+    read_lines<256>(kRouteFile, [&](auto &r) {
         found = cmdlib::wan_name_from_route(r, g_wan_name, sizeof g_wan_name);
     });
     return found ? g_wan_name : nullptr;
@@ -314,7 +281,7 @@ CMDLIB_API char *util_get_wan_interface_name(void) {
 CMDLIB_API char *util_get_ipv6_wan_interface_name(void) { return util_get_wan_interface_name(); }
 
 CMDLIB_API char *util_get_system_network_bridge_name(void) {
-    return const_cast<char *>(kBridgeName);
+    return const_cast<char *>(cmdlib::kBridgeName);
 }
 
 CMDLIB_API char *util_get_wireless_interface_name(void) {
@@ -366,19 +333,22 @@ CMDLIB_API void util_network_get_mac_string(unsigned char *binary_mac_addr,
 // ---- WAN forwarding switches -----------------------------------------------------
 
 namespace {
+// The rules on the WAN interface; a rule line that would not fit (126
+// characters) is not run.
 void output_drop_rules(const char *op) {
-    ShellWord wan(util_get_wan_interface_name());
-    if (!wan.ok()) return;
-    char cmd[127];
-    format_bounded(cmd, sizeof cmd, "iptables %s OUTPUT -o %s -j DROP", op, wan.c_str());
-    run_command(cmd);
-    format_bounded(cmd, sizeof cmd, "ip6tables %s OUTPUT -o %s -j DROP", op, wan.c_str());
-    run_command(cmd);
+    const char *wan = util_get_wan_interface_name();
+    for (const char *tool : {"iptables", "ip6tables"}) {
+        CommandLine<127> cmd;
+        cmd.format("%s %s OUTPUT -o ", tool, op);
+        cmd.append_word(wan);
+        cmd.append(" -j DROP");
+        cmdlib::run_command(cmd);
+    }
 }
 }  // namespace
 
 CMDLIB_API void util_disable_data_forward(void) {
-    run_command("CLOSE_INTERNET_TEMPORARILY=1 /etc/rc.d/rc.disable-wan-communication");
+    util_shell("CLOSE_INTERNET_TEMPORARILY=1 /etc/rc.d/rc.disable-wan-communication");
 }
 
 CMDLIB_API void util_disable_data_forward_and_output(void) {
@@ -390,7 +360,7 @@ CMDLIB_API void util_disable_data_forward_and_output(void) {
 CMDLIB_API void util_enable_data_forward(void) {
     for (const char *flag : kForwardBlockers)
         if (cmd_file_exist(flag)) return;
-    run_command("CLOSE_INTERNET_TEMPORARILY=1 /etc/rc.d/rc.enable-wan-communication");
+    util_shell("CLOSE_INTERNET_TEMPORARILY=1 /etc/rc.d/rc.enable-wan-communication");
 }
 
 CMDLIB_API void util_enable_data_forward_and_output(void) {
@@ -482,7 +452,7 @@ CMDLIB_API int util_read_dns_info(char *buffer, char **dest_argv, int max_allowe
     (void)max_allowed_argv;  // the caller sizes buffer and dest_argv for the whole file
     if (!buffer || !dest_argv || !cmd_file_exist(kResolvConf)) return 0;
     int count = 0;
-    for_file<256>(kResolvConf, [&](auto &r) {
+    read_lines<256>(kResolvConf, [&](auto &r) {
         count = cmdlib::pack_nameservers(r, buffer, dest_argv, read_ipv4_dns != 0,
                                          read_ipv6_dns != 0);
     });
@@ -496,7 +466,7 @@ CMDLIB_API int util_get_dns(char *outText, char *type) {
     bool want_v4 = type && strncmp(type, "ipv4", 4) == 0;
     bool want_v6 = type && strncmp(type, "ipv6", 4) == 0;
     size_t len = 0;
-    bool opened = for_file<1024>(path, [&](auto &r) {
+    bool opened = read_lines<1024>(path, [&](auto &r) {
         std::string_view line;
         while (r.next(&line)) {
             if (!(want_v4 || want_v6) || !cmdlib::dns_line_wanted(line, want_v4)) continue;
@@ -520,7 +490,7 @@ CMDLIB_API void util_read_default_gateway_and_dns_info_from_route_table(void) {
     char wan[64];
     copy_bounded(wan, sizeof wan, util_get_wan_interface_name());
     char dns1[256] = "", dns2[256] = "";
-    for_file<256>(kResolvConf, [&](auto &r) {
+    read_lines<256>(kResolvConf, [&](auto &r) {
         std::string_view line;
         while (r.next(&line)) {
             char buf[256];
@@ -532,7 +502,7 @@ CMDLIB_API void util_read_default_gateway_and_dns_info_from_route_table(void) {
         }
     });
     char gateway[16] = "";
-    bool route_read = for_file<256>(kRouteFile, [&](auto &r) {
+    bool route_read = read_lines<256>(kRouteFile, [&](auto &r) {
         std::string_view line;
         uint32_t gw = 0;
         while (r.next(&line)) {
@@ -546,19 +516,17 @@ CMDLIB_API void util_read_default_gateway_and_dns_info_from_route_table(void) {
     if (!route_read || !gateway[0] || !dns1[0]) return;
     // Addresses from the resolver file go in as the firmware writes them;
     // anything else is passed quoted and inert.
+    // A line that would not fit (255 characters) is not run.
     char dns_pair[520];
     format_bounded(dns_pair, sizeof dns_pair, "%s %s", dns1, dns2);
-    char cmd[256];
-    if (!cmdlib::needs_shell_quoting(dns1) && !cmdlib::needs_shell_quoting(dns2)) {
-        format_bounded(cmd, sizeof cmd, "router=\"%s\" dns=\"%s\" /etc/qxscript/rc.save-wan-ip-info",
-                       gateway, dns_pair);
-    } else {
-        char quoted[600];
-        if (cmdlib::shell_quote(dns_pair, quoted, sizeof quoted) < 0) return;
-        format_bounded(cmd, sizeof cmd, "router=\"%s\" dns=%s /etc/qxscript/rc.save-wan-ip-info",
-                       gateway, quoted);
-    }
-    run_command(cmd);
+    CommandLine<256> cmd;
+    cmd.format("router=\"%s\" dns=", gateway);
+    if (!cmdlib::needs_shell_quoting(dns1) && !cmdlib::needs_shell_quoting(dns2))
+        cmd.append("\"%s\"", dns_pair);
+    else
+        cmd.append_word(dns_pair);
+    cmd.append(" /etc/qxscript/rc.save-wan-ip-info");
+    cmdlib::run_command(cmd);
 }
 
 CMDLIB_API void util_read_ip_address(const char *ip_file, char *buffer, int buffer_size) {
@@ -579,228 +547,4 @@ CMDLIB_API unsigned short ip_checksum(const void *data, int len) {
 
 CMDLIB_API int util_should_check_invalid_wan_ip(void) {
     return cmd_file_exist("/tmp/cmdlib/.enable_check_invalid_wan_ip_flag_file") ? 1 : 0;
-}
-
-// ---- Neighbours, ARP and connected devices ------------------------------------------
-
-namespace cmdlib {
-
-int read_pppoe_table_file(const char *path, ARPTable *t, const char *device) {
-    memset(t, 0, sizeof *t);
-    return for_file<256>(path, [&](auto &r) { parse_pppoe_rows(r, t, device); }) ? 0 : -1;
-}
-
-int apply_switch_ports_file(const char *path, ARPTable *t) {
-    return for_file<256>(path, [&](auto &r) { apply_switch_ports(r, t); }) ? 0 : -1;
-}
-
-void pppoe_users_from(const char *pppoe_path, const char *ports_path, char *out, size_t size) {
-    if (!out || size == 0) return;
-    out[0] = '\0';
-    ARPTable t;
-    read_pppoe_table_file(pppoe_path, &t, kBridgeName);
-    apply_switch_ports_file(ports_path, &t);
-    for (unsigned i = 0; i < t.count; ++i) {
-        char item[255];
-        format_bounded(item, sizeof item, "%s/%s/%s", t.table[i].user, t.table[i].mac,
-                       t.table[i].port);
-        if (i > 0) append_bounded(out, size, ",");
-        append_bounded(out, size, item);
-    }
-}
-
-bool lease_hosts_from(const char *path, long long now, AllHostsInfo *hosts) {
-    return for_file<512>(path, [&](auto &r) { read_lease_hosts(r, now, hosts); });
-}
-
-}  // namespace cmdlib
-
-CMDLIB_API int util_parse_neigh_info(const char *file_name, Neighbour_Info *neigh_info,
-                                     int only_link_local_addr, int only_global_addr) {
-    if (!file_name || !neigh_info) return -1;
-    bool opened = for_file<256>(file_name, [&](auto &r) {
-        cmdlib::parse_neigh_listing(r, neigh_info, only_link_local_addr != 0, only_global_addr != 0);
-    });
-    return opened ? 0 : -1;
-}
-
-CMDLIB_API void util_update_neighbour_arp_cache(const char *network_dev_name, const char *ip_addr) {
-    ShellWord dev(network_dev_name), ip(ip_addr);
-    if (!dev.ok() || !ip.ok()) return;
-    char cmd[128];
-    format_bounded(cmd, sizeof cmd, "arping -A -c 1 -I %s -s %s 255.255.255.255", dev.c_str(),
-                   ip.c_str());
-    run_command(cmd);
-}
-
-CMDLIB_API int util_get_arp_table_info(ARPTable *arp_table, char *network_card) {
-    if (!arp_table) return -1;
-    memset(arp_table, 0, sizeof *arp_table);
-    bool opened = for_file<256>(kArpFile, [&](auto &r) {
-        cmdlib::parse_arp_rows(r, arp_table, network_card);
-    });
-    return opened ? 0 : -1;
-}
-
-CMDLIB_API int util_get_pppoe_table_info(ARPTable *arp_table, char *network_card) {
-    if (!arp_table) return -1;
-    return cmdlib::read_pppoe_table_file(kPppoeFile, arp_table, network_card);
-}
-
-CMDLIB_API int util_get_port_number_for_one_mac(ARPTable *system_arp_table) {
-    if (!system_arp_table) return -1;
-    return cmdlib::apply_switch_ports_file(kSwitchAddressTable, system_arp_table);
-}
-
-CMDLIB_API char *util_get_all_pppoe_users(void) {
-    cmdlib::pppoe_users_from(kPppoeFile, kSwitchAddressTable, g_pppoe_users, sizeof g_pppoe_users);
-    return g_pppoe_users;
-}
-
-CMDLIB_API int util_get_all_wlan_clients(ARPTable *arp_table) {
-    if (!arp_table) return -1;
-    cmd_rm(kWlanStations);
-    run_command("wlanconfig ath0 list sta > /tmp/cmdlib/.all_wlan_client_devices_info");
-    if (!cmd_file_exist(kWlanStations)) return -1;
-    bool opened = for_file<256>(kWlanStations, [&](auto &r) {
-        cmdlib::parse_wlan_stations(r, arp_table);
-    });
-    return opened ? 0 : -1;
-}
-
-CMDLIB_API void util_detect_arp_entries(char *interface, char *result_file) {
-    if (!interface || !result_file) return;
-    cmd_rm(result_file);
-    struct in_addr ip, mask;
-    if (cmd_get_ip(interface, &ip) != 0 || cmd_get_binary_netmask(interface, &mask) != 0) return;
-    char mask_text[16];
-    copy_bounded(mask_text, sizeof mask_text, inet_ntoa(mask));
-    int bits = util_get_netmask_bit_value_1_count(mask_text);
-    if (bits <= 23) return;  // never scan more than a /24: it would take minutes
-    ShellWord dev(interface), out(result_file);
-    if (!dev.ok() || !out.ok()) return;
-    char cmd[256];
-    format_bounded(cmd, sizeof cmd, "arpscan -a %s %s/%d >%s 2>/dev/null", dev.c_str(),
-                   inet_ntoa(ip), bits, out.c_str());
-    run_command(cmd);
-}
-
-CMDLIB_API int util_get_real_exist_arp_table(char *file_path, int used_arp_scan_tool,
-                                             ARPTable *system_arp_table, int arp_table_action) {
-    if (!file_path || !system_arp_table) return -1;
-    bool opened = for_file<256>(file_path, [&](auto &r) {
-        cmdlib::merge_pair_lines(r, used_arp_scan_tool, system_arp_table, arp_table_action);
-    });
-    return opened ? 0 : -1;
-}
-
-CMDLIB_API int util_get_device_connected_to_this_device(AllHostsInfo *all_hosts_info) {
-    if (!all_hosts_info) return 0;
-    memset(all_hosts_info, 0, sizeof *all_hosts_info);
-    if (util_use_dnsmasq_as_dhcp_server()) {
-        long long now = 0;
-        if (util_dnsmasq_use_uptime_as_expire_time()) {
-            char uptime[UTIL_UPTIME_TEXT_SIZE] = "";
-            util_read_system_uptime(uptime);
-            now = cmdlib::atoi_sat(uptime);
-        } else {
-            now = static_cast<long long>(time(nullptr));
-        }
-        cmdlib::lease_hosts_from(kLeasesFile, now, all_hosts_info);
-    }
-    char scan_file[UTIL_TMP_PATH_SIZE];
-    util_get_tmp_uuid_file_path(scan_file);
-    cmd_rm(scan_file);
-    util_detect_arp_entries(const_cast<char *>(kBridgeName), scan_file);
-    ARPTable scan;
-    memset(&scan, 0, sizeof scan);
-    util_get_real_exist_arp_table(scan_file, 0, &scan, cmdlib::kArpAdd);
-    cmd_rm(scan_file);
-    cmdlib::merge_hosts_with_scan(all_hosts_info, &scan);
-    return 0;
-}
-
-// ---- Connection tracking -------------------------------------------------------------
-
-namespace {
-
-// The conntrack file is read in large blocks: every read() makes the kernel
-// walk the table again up to the current position.
-constexpr size_t kConntrackReadBuffer = 64 * 1024;
-
-UniqueFile open_conntrack(const char *path, char *buf) {
-    UniqueFile f(path, "r");
-    if (f && buf) setvbuf(f.get(), buf, _IOFBF, kConntrackReadBuffer);
-    return f;
-}
-
-}  // namespace
-
-namespace cmdlib {
-
-int nat_session_table_from(const char *conntrack_path, const char *wan_ip, const char *lan_ip,
-                           const char *scratch_path, const char *output_path) {
-    cmd_rm(scratch_path);
-    cmd_touch(scratch_path);
-    cmdlib::UniqueMalloc<char> buf(kConntrackReadBuffer);  // outlives the stream using it
-    UniqueFile in = open_conntrack(conntrack_path, buf.get());
-    if (!in) return -1;
-    UniqueFile out(scratch_path, "a");
-    if (!out) return -1;
-    NatSessionParser parser(wan_ip, lan_ip);
-    LineReader<512> r(in.get());
-    std::string_view line;
-    int sessions = 0;
-    while (sessions < kMaxNatSessions && r.next(&line)) {
-        char *text = r.c_str();
-        size_t len = line.size();
-        if (len > 0 && text[len - 1] == '\n') text[len - 1] = '\0';
-        char session[256];
-        size_t n = parser.feed(text, session, sizeof session);
-        if (n == 0) continue;
-        fwrite(session, 1, n, out.get());
-        ++sessions;
-    }
-    out.reset();
-    cmd_rm(output_path);
-    cmd_mv(scratch_path, output_path);
-    return 0;
-}
-
-int collect_conntrack_file(const char *path, const CollectContext &ctx,
-                           DestIPInConntrackInfo *info, int *max_timeout) {
-    cmdlib::UniqueMalloc<char> buf(kConntrackReadBuffer);  // outlives the stream using it
-    UniqueFile in = open_conntrack(path, buf.get());
-    if (!in) return -1;
-    LineReader<512> r(in.get());
-    std::string_view line;
-    while (r.next(&line)) collect_conntrack_line(r.c_str(), ctx, info, max_timeout);
-    return 0;
-}
-
-}  // namespace cmdlib
-
-CMDLIB_API int util_gen_nat_session_table(const char *output_path) {
-    if (!output_path) return -1;
-    char wan_ip[16] = "", lan_ip[16] = "";
-    if (cmd_get_ipv4_address(util_get_wan_interface_name(), wan_ip) != 0) wan_ip[0] = '\0';
-    if (cmd_get_ipv4_address(kBridgeName, lan_ip) != 0) lan_ip[0] = '\0';
-    return cmdlib::nat_session_table_from(kConntrackFile, wan_ip, lan_ip, kNatOutput, output_path);
-}
-
-CMDLIB_API int util_collect_dns_and_icmp_dest_ip(DestIPInConntrackInfo *conntrack_info) {
-    if (!conntrack_info) return -1;
-    conntrack_info->network_is_ok = 0;
-    const char *wan = util_get_wan_interface_name();
-    char wan_ip[16];
-    if (!wan || !wan[0] || cmd_get_ipv4_address(wan, wan_ip) != 0) return -1;
-    char gateway[64];
-    util_read_ip_address(kWanGatewayFile, gateway, sizeof gateway);
-    cmdlib::CollectContext ctx;
-    cmdlib::make_collect_context(wan_ip, gateway, &ctx);
-    return cmdlib::collect_conntrack_file(kConntrackFile, ctx, conntrack_info, &max_udp_timeout);
-}
-
-CMDLIB_API void util_add_ip_to_buffer(char *ip, int ip_type, DestIPInConntrackInfo *conntrack_info) {
-    cmdlib::add_conntrack_ip(ip, ip_type, conntrack_info);
 }

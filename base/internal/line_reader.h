@@ -11,6 +11,8 @@
 
 #include <string_view>
 
+#include "base/internal/raii.h"
+
 namespace cmdlib {
 
 // Reads from a stream into an internal buffer of Size bytes.
@@ -55,5 +57,15 @@ template <size_t Size = 256> class TextLineReader {
   private:
     std::string_view rest_;
 };
+
+// Opens path and hands fn a LineReader<Size> over it; false when the file
+// cannot be opened (fn is then not called).
+template <size_t Size, class Fn> bool read_lines(const char *path, Fn &&fn) {
+    UniqueFile f(path, "r");
+    if (!f) return false;
+    LineReader<Size> r(f.get());
+    fn(r);
+    return true;
+}
 
 }  // namespace cmdlib

@@ -10,6 +10,10 @@
 
 namespace cmdlib {
 
+// The LAN bridge: PPPoE sessions, connected devices and the NAT table's
+// LAN address are looked up on it.
+constexpr const char kBridgeName[] = "br0";
+
 // "/proc/net/pppoe"; 0, or -1 when the file cannot be opened.
 int read_pppoe_table_file(const char *path, ARPTable *t, const char *device);
 // "/proc/phys26/addresstable"; 0, or -1 when the file cannot be opened.
