@@ -1,21 +1,18 @@
-// LTE status and one-cell lock dispatch, band 42/43 frequencies, prestore
-// frequencies, the AT command channel, modem processes and UTF-8 to code
-// units.
+// cmdlib_module: LTE status and one-cell lock dispatch, band 42/43
+// frequencies and the prestore frequency lists.  The AT channel, modem
+// ports and dial processes are in cmdlib_module_at.cpp, the UTF-8
+// conversion in cmdlib_module_utf8.cpp.
 #include "cmdlib/cmdlib_module.h"
 
 #include <stddef.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <string_view>
 
 #include "base/internal/text.h"
 #include "base/libbase.h"
-#include "cmdlib/cmdlib_info.h"
+#include "cmdlib/cmdlib.h"
 #include "cmdlib/internal/record_field.h"
-#include "cmdlib/internal/status_ind.h"
 #include "cmdlib/sim.h"
 
 namespace {
@@ -79,58 +76,6 @@ template <size_t N> int strip_and_test_empty(char (&field)[N]) {
     while (n > 0 && cmdlib::is_space_or_eol(field[n - 1])) field[--n] = '\0';
     return n == 0 ? 1 : 0;
 }
-
-// ---- AT channel ------------------------------------------------------------------
-
-constexpr const char *kAtPort = "/dev/ttyUSB1";
-// A pass sleeps one second only while no answer is there, so this is the
-// longest wait for a silent module, in seconds.
-constexpr int kAtWaitPasses = 60;
-
-// ---- modem processes ---------------------------------------------------------------
-
-// Dial programs known on this product: none.  util_is_dial_program_running
-// then assumes that one runs.
-constexpr const char *const *all_4g_modem_dial_process_names = nullptr;
-constexpr int kDialProcessNameCount = 0;
-
-// Every program that may hold the modem's ports or restart a dial, killed
-// in this order before a module firmware upgrade.
-constexpr const char *kModemUpgradeKillList[] = {
-    "checkusbnet", "lte",          "changepin",  "enablepin",          "disablepin",
-    "unlockpin",   "sendsms",      "listsms",    "delsms",             "listplmn",
-    "writeimei",   "pppmanager",   "linkmanager", "sendat",            "dialp500",
-    "ppp4gmanager", "dialsim7100", "dialslm630b", "dialbls001",        "udhcpc",
-    "ComProxy",    "rdisc6",       "checksysmanagetool", "sysmanagetool", "dial7510",
-    "querymodulestatus", "diaggrab", "dialu8300", "diallm923s",
-};
-static_assert(sizeof kModemUpgradeKillList / sizeof kModemUpgradeKillList[0] == 29,
-              "29 processes stopped before a module upgrade");
-
-int running(const char *name) { return cmd_ps_is_one_program_running(const_cast<char *>(name)); }
-
-int run_shell(const char *cmd) { return util_shell(cmd); }
-
-// ---- UTF-8 ---------------------------------------------------------------------------------
-
-// Bytes of the character that a lead byte starts.  Continuation bytes
-// (0x80..0xBF) and 0xFE/0xFF count as one-byte characters, so any byte
-// sequence advances.
-struct Utf8LengthTable {
-    uint8_t len[256];
-    constexpr Utf8LengthTable() : len() {
-        for (int b = 0; b < 256; ++b)
-            len[b] = b < 0xC0 ? 1 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : b < 0xFC ? 5
-                     : b < 0xFE ? 6 : 1;
-    }
-    constexpr uint8_t operator[](int b) const { return len[b]; }
-};
-constexpr Utf8LengthTable Utf8_To_Byte_Table;
-static_assert(Utf8_To_Byte_Table[0x7F] == 1 && Utf8_To_Byte_Table[0xBF] == 1 &&
-                  Utf8_To_Byte_Table[0xC0] == 2 && Utf8_To_Byte_Table[0xEF] == 3 &&
-                  Utf8_To_Byte_Table[0xF7] == 4 && Utf8_To_Byte_Table[0xFB] == 5 &&
-                  Utf8_To_Byte_Table[0xFD] == 6 && Utf8_To_Byte_Table[0xFE] == 1,
-              "lead byte classes");
 
 }  // namespace
 
@@ -311,208 +256,6 @@ CMDLIB_API int util_is_all_fdd_prestore_frequency_in_list(const char *at_respons
 CMDLIB_API int util_is_all_tdd_prestore_frequency_in_list(const char *at_response_result,
                                                           InfoStruct *info_struct) {
     return util_get_next_tdd_prestore_frequency_not_in_list(at_response_result, info_struct) ? 0 : 1;
-}
-
-// ---- AT command channel ------------------------------------------------------------------
-
-CMDLIB_API void util_send_at_commands(const char *at, char *response, int size, int max_timeout) {
-    // max_timeout is an on/off switch: any non-zero value waits the full
-    // budget of passes.
-    int budget = max_timeout ? kAtWaitPasses : 0;
-    char cmd_file[256];
-    char out_file[256];
-    util_get_tmp_uuid_file_path(cmd_file);
-    util_get_tmp_uuid_file_path(out_file);
-    if (response && size > 0) memset(response, 0, static_cast<size_t>(size));
-    if (!at || !at[0]) return;
-
-    cmd_echo(at, cmd_file);
-    cmd_rm(out_file);
-    // One sender at a time system-wide: the port has one reader.
-    run_shell("killall sendat 1>/dev/null 2>&1");
-    // The temporary names are ours ("/tmp/.cmdlib_tmp_..."), so the line
-    // needs no quoting; the AT text itself travels in the command file.
-    char line[512];
-    cmdlib::format_bounded(line, sizeof line, "sendat -d%s -f%s -o%s  1>/dev/null 2>&1 &", kAtPort,
-                           cmd_file, out_file);
-    run_shell(line);
-
-    while (budget > 0) {
-        // Once the answer is being written it is re-read without pause
-        // until the sender exits.
-        if (cmd_file_exist(out_file)) {
-            if (response) cmd_cat(out_file, response, size);
-        } else {
-            sleep(1);
-        }
-        if (!running("sendat")) {
-            if (response && cmd_file_exist(out_file)) cmd_cat(out_file, response, size);
-            break;
-        }
-        --budget;
-    }
-    if (budget != 0) sleep(1);  // left early: let the sender release the port
-    cmd_rm(cmd_file);
-    cmd_rm(out_file);
-}
-
-CMDLIB_API char *util_get_at_port(void) { return const_cast<char *>(kAtPort); }
-
-CMDLIB_API char *util_get_wrapped_at_cmd_for_module(char *, char *original_at_cmd_string, char *) {
-    return original_at_cmd_string;
-}
-
-CMDLIB_API char *util_get_modem_log_file_name(void) { return const_cast<char *>(""); }
-
-// ---- modem processes -----------------------------------------------------------------------
-
-CMDLIB_API int util_is_log_tools_running(void) {
-    if (running("ComProxy")) return 1;
-    // remserial only counts when it serves a port ("-s ... -p ...").
-    char *remserial_args[] = {const_cast<char *>("-s"), const_cast<char *>("-p")};
-    if (cmd_ps_is_one_program_running_ex(const_cast<char *>("remserial"), remserial_args, 2,
-                                         nullptr))
-        return 1;
-    if (running("diaggrab") || running("diag_socket_log")) return 1;
-    return 0;
-}
-
-CMDLIB_API int util_get_all_dial_process_names(char **process_names, int max_count) {
-    if (!process_names) return 0;
-    int n = 0;
-    for (int i = 0; i < kDialProcessNameCount && n < max_count; ++i)
-        process_names[n++] = const_cast<char *>(all_4g_modem_dial_process_names[i]);
-    return n;
-}
-
-CMDLIB_API int util_is_dial_program_running(void) {
-    char *names[64];
-    int count = util_get_all_dial_process_names(names, 64);
-    // With no dial program known, assume one runs rather than have the
-    // callers restart a dial that may well be up.
-    if (count == 0) return 1;
-    for (int i = 0; i < count; ++i)
-        if (running(names[i])) return 1;
-    return 0;
-}
-
-CMDLIB_API void util_kill_some_processes_for_modem_upgarde(void) {
-    for (const char *name : kModemUpgradeKillList) {
-        char cmd[128];
-        cmdlib::format_bounded(cmd, sizeof cmd, "killall %s 1>/dev/null 2>&1", name);
-        run_shell(cmd);
-    }
-}
-
-CMDLIB_API int cmd_get_dial_status_and_signal_quality(int *dial_status, int *signal_quality) {
-    char text[128] = "";
-    cmd_cat(cmdlib::kStatusIndFile, text, sizeof text);
-    return cmdlib::status_dial_and_signal(text, dial_status, signal_quality);
-}
-
-CMDLIB_API char *util_get_the_second_wan_interface_name(void) { return const_cast<char *>("eth1"); }
-
-CMDLIB_API char *util_get_apn_for_the_second_wan_interface(InfoStruct *info_struct) {
-    return info_struct ? info_struct->QX_CONFIG_APN_NAME3 : const_cast<char *>("");
-}
-
-CMDLIB_API int util_should_we_use_the_second_apn(InfoStruct *info_struct) {
-    const char *ifname = util_get_the_second_wan_interface_name();
-    if (!ifname || !ifname[0] || !info_struct) return 0;
-    return cmdlib::field_text(info_struct->QX_CONFIG_APN_NAME3).empty() ? 0 : 1;
-}
-
-CMDLIB_API int util_get_default_cid_value_for_the_second_apn(InfoStruct *) { return 0; }
-
-// ---- UTF-8 to hexadecimal code units -------------------------------------------------------
-
-CMDLIB_API uint8_t util_get_one_utf8_strlen(const uint8_t one_utf8) {
-    return Utf8_To_Byte_Table[one_utf8];
-}
-
-CMDLIB_API int util_get_utf8_strlen(const uint8_t *utf8, int utf8_len) {
-    if (!utf8 || utf8_len <= 0) return 0;
-    const int limit = static_cast<int>(
-        strnlen(reinterpret_cast<const char *>(utf8), static_cast<size_t>(utf8_len)));
-    int count = 0;
-    // A last character may reach past the limit; it still counts.
-    for (int pos = 0; pos < limit; pos += Utf8_To_Byte_Table[utf8[pos]]) ++count;
-    return count;
-}
-
-CMDLIB_API int util_utf8_to_unicode_one(const uint8_t *pInput, uint32_t *Unic, int utfbytes) {
-    if (!pInput || !Unic || utfbytes == 0) return -1;
-    *Unic = 0;
-    if (utfbytes < 1 || utfbytes > 6) return 0;
-    for (int i = 1; i < utfbytes; ++i)
-        if ((pInput[i] & 0xC0) != 0x80) return 0;
-    const unsigned b1 = pInput[0];
-    const unsigned b2 = utfbytes > 1 ? pInput[1] : 0;
-    const unsigned b3 = utfbytes > 2 ? pInput[2] : 0;
-    const unsigned b4 = utfbytes > 3 ? pInput[3] : 0;
-    const unsigned b5 = utfbytes > 4 ? pInput[4] : 0;
-    const unsigned b6 = utfbytes > 5 ? pInput[5] : 0;
-    unsigned byte[4] = {0, 0, 0, 0};  // least significant first, each mod 256
-    switch (utfbytes) {
-        case 1:
-            byte[0] = b1;
-            break;
-        case 2:
-            byte[0] = ((b1 & 3) << 6) + (b2 & 63);
-            byte[1] = (b1 >> 2) & 7;
-            break;
-        case 3:
-            byte[0] = ((b2 & 3) << 6) + (b3 & 63);
-            byte[1] = ((b1 & 15) << 4) + ((b2 >> 2) & 15);
-            break;
-        case 4:
-            byte[0] = ((b3 & 3) << 6) + (b4 & 63);
-            byte[1] = ((b2 & 15) << 4) + ((b3 >> 2) & 15);
-            byte[2] = ((b1 & 7) << 2) + ((b2 >> 4) & 3);
-            break;
-        // The 5- and 6-byte forms lie beyond Unicode; they are assembled
-        // the way the module firmware's tables expect, not as code points
-        // (byte 1 of the 6-byte form does take b5 and b6).
-        case 5:
-            byte[0] = (b4 << 6) + (b5 & 63);
-            byte[1] = (b3 << 4) + ((b4 >> 2) & 15);
-            byte[2] = (b2 << 2) + ((b3 >> 4) & 3);
-            byte[3] = b1 << 6;
-            break;
-        default:  // 6
-            byte[0] = (b5 << 6) + (b6 & 63);
-            byte[1] = (b5 << 4) + ((b6 >> 2) & 15);
-            byte[2] = (b3 << 2) + ((b4 >> 4) & 3);
-            byte[3] = ((b1 & 1) << 6) + (b2 & 63);
-            break;
-    }
-    *Unic = (byte[0] & 0xFF) | (byte[1] & 0xFF) << 8 | (byte[2] & 0xFF) << 16 |
-            static_cast<uint32_t>(byte[3] & 0xFF) << 24;
-    return utfbytes;
-}
-
-CMDLIB_API int util_utf8_to_unicode_string(const uint8_t *utf8, uint8_t *output_str, int utf8_len,
-                                           int output_len) {
-    if (!utf8 || !output_str || utf8_len <= 0 || output_len <= 0) return -1;
-    char *out = reinterpret_cast<char *>(output_str);
-    out[0] = '\0';
-    const int chars = util_get_utf8_strlen(utf8, utf8_len);
-    int in = 0;
-    int pos = 0;
-    for (int c = 0; c < chars && pos < output_len - 1; ++c) {
-        const int n = Utf8_To_Byte_Table[utf8[in]];
-        // Bytes of a character cut off by utf8_len stay zero, so such a
-        // character decodes as a bad sequence instead of reading past the
-        // input.
-        uint8_t scratch[16] = {0};
-        for (int i = 0; i < n && in + i < utf8_len; ++i) scratch[i] = utf8[in + i];
-        uint32_t code = 0;
-        util_utf8_to_unicode_one(scratch, &code, n);
-        pos += static_cast<int>(cmdlib::format_bounded(out + pos, static_cast<size_t>(output_len - pos),
-                                                       "%04X", static_cast<unsigned>(code)));
-        in += n;
-    }
-    return pos;
 }
 
 }  // extern "C"
