@@ -14,8 +14,8 @@
 #include "base/internal/raii.h"
 #include "base/internal/text.h"
 #include "base/libbase.h"
-#include "cmdlib/cmdlib_snmp.h"
 #include "cmdlib/internal/checksum.h"
+#include "cmdlib/internal/config_cache.h"
 #include "cmdlib/internal/config_parse.h"
 
 CMDLIB_API ConfigKeyValuePair system_configs[SYSTEM_CONFIGS_CAPACITY];
@@ -294,9 +294,21 @@ CMDLIB_API int util_config_read_config_file_to_one_struct(const char *config_fil
     return 0;
 }
 
+namespace {
+// Constant-initialised, so it is set before any registration at load time.
+const char *const *g_cache_keys = nullptr;
+}  // namespace
+
+bool cmdlib::use_config_cache_keys(const char *const *keys) {
+    g_cache_keys = keys;
+    return true;
+}
+
+const char *const *cmdlib::config_cache_keys() { return g_cache_keys; }
+
 CMDLIB_API void util_config_read_all(void) {
     const char *keys[SYSTEM_CONFIGS_MAX_KEYS];
-    const int n = util_snmp_add_fields_need_to_read(keys, SYSTEM_CONFIGS_MAX_KEYS);
+    const int n = util_config_add_fields_need_to_read(keys, SYSTEM_CONFIGS_MAX_KEYS, g_cache_keys);
     system_configs_count = util_config_read_fields(keys, n, system_configs, SYSTEM_CONFIGS_CAPACITY);
     have_read_system_configs = 1;
 }

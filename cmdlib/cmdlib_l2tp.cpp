@@ -2,11 +2,9 @@
 #include "cmdlib/cmdlib_l2tp.h"
 
 #include "base/internal/text.h"
-#include "cmdlib/cmdlib_config.h"
-#include "cmdlib/internal/config_parse.h"
-#include "cmdlib/internal/record_field.h"
+#include "cmdlib/internal/module_keys.h"
 
-constexpr const char *l2tp_config_fields[L2TP_CONFIG_FIELDS_COUNT + 1] = {
+CMDLIB_MODULE_KEYS(l2tp, L2TP_CONFIG_FIELDS_COUNT,
     "QX_L2TP_MODE", "QX_LNS_SERVER", "QX_TUNNEL_NAME", "QX_TUNNEL_PASS", "QX_AUTH_NAME", "QX_AUTH_PASS",
     // further LNS servers, 2 to 10
     "QX_LNS_SERVER2", "QX_TUNNEL_NAME2", "QX_TUNNEL_PASS2",
@@ -24,37 +22,22 @@ constexpr const char *l2tp_config_fields[L2TP_CONFIG_FIELDS_COUNT + 1] = {
     "QX_MULTI_TUNNEL_NAME3", "QX_MULTI_TUNNEL_PASS3",
     "QX_MULTI_TUNNEL_NAME4", "QX_MULTI_TUNNEL_PASS4",
     "QX_CHECK_IF_LNS_ALIVE", "QX_RANDOM_SEED", "QX_ALWAYS_USE_INITIAL_LNS", "QX_REDIAL_NOT_EXIST_LNS",
-    "QX_RANDOM_LNS_BY_INITIATOR", "QX_L2TP_LOCAL_IP",
-    nullptr};
-static_assert(cmdlib::key_list_length(l2tp_config_fields) == L2TP_CONFIG_FIELDS_COUNT,
-              "l2tp_config_fields holds L2TP_CONFIG_FIELDS_COUNT keys");
-
-CMDLIB_API int util_l2tp_add_fields_need_to_read(const char **args, int max_args_count) {
-    return util_config_add_fields_need_to_read(args, max_args_count, l2tp_config_fields);
-}
-
-namespace {
-
-template <size_t N> int is_yes(const InfoStruct *info, const char (InfoStruct::*field)[N]) {
-    return info && cmdlib::field_text(info->*field) == "yes";
-}
-
-}  // namespace
+    "QX_RANDOM_LNS_BY_INITIATOR", "QX_L2TP_LOCAL_IP")
 
 CMDLIB_API int util_is_pptp_function_enabled(const InfoStruct *info) {
-    return is_yes(info, &InfoStruct::QX_PPTP_ENABLED);
+    return cmdlib::record_says_yes(info, &InfoStruct::QX_PPTP_ENABLED);
 }
 
 CMDLIB_API int util_is_pptp_mppe_enabled(const InfoStruct *info) {
-    return is_yes(info, &InfoStruct::QX_PPTP_ENABLE_MPPE);
+    return cmdlib::record_says_yes(info, &InfoStruct::QX_PPTP_ENABLE_MPPE);
 }
 
 CMDLIB_API int util_is_pptp_vpn_used_as_default_route(const InfoStruct *info) {
-    return is_yes(info, &InfoStruct::QX_VPN_AS_DEFAULT_ROUTE);
+    return cmdlib::record_says_yes(info, &InfoStruct::QX_VPN_AS_DEFAULT_ROUTE);
 }
 
 CMDLIB_API int util_should_random_select_lns_by_initiator(const InfoStruct *info) {
-    return is_yes(info, &InfoStruct::QX_RANDOM_LNS_BY_INITIATOR);
+    return cmdlib::record_says_yes(info, &InfoStruct::QX_RANDOM_LNS_BY_INITIATOR);
 }
 
 CMDLIB_API int util_get_pptp_mode(const InfoStruct *info) {

@@ -7,6 +7,7 @@
 #     name (they are installed flat in one folder), never an internal one
 #   everything else -> project headers by a path that names the layer
 #     ("base/libbase.h", "base/internal/text.h", "cmdlib/network.h", ...)
+#   cmdlib_config -> no module family
 #   system() and popen() -> only in base/shell.cpp
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -58,7 +59,16 @@ done < <(includes "${others[@]}")
 # 4. base/internal is base's own: it includes nothing of cmdlib/ (covered by
 #    1) and cmdlib/internal reaches base only through base/ paths (by 3).
 
-# 5. One runner: no system() or popen() outside base/shell.cpp.
+# 5. The configuration store knows no module: the modules' key lists are
+#    handed to it, never included by it.
+while IFS=: read -r file line name; do
+  case "$name" in
+    cmdlib/cmdlib_config.h | base/* | cmdlib/internal/checksum.h | cmdlib/internal/config_*.h) ;;
+    cmdlib/*) breach "$file:$line: the configuration store includes $name" ;;
+  esac
+done < <(includes cmdlib/cmdlib_config.cpp cmdlib/internal/config_parse.h cmdlib/internal/config_cache.h)
+
+# 6. One runner: no system() or popen() outside base/shell.cpp.
 while IFS= read -r hit; do
   breach "$hit: command run outside base's runner"
 done < <(grep -Hn -E '(^|[^_[:alnum:].>])(system|popen)[[:space:]]*\(' base/*.cpp base/internal/*.h \

@@ -16,6 +16,8 @@
 #include "base/libbase.h"
 #include "cmdlib/cmdlib_config.h"
 #include "cmdlib/internal/checksum.h"
+#include "cmdlib/internal/config_cache.h"
+#include "cmdlib/internal/config_parse.h"
 
 namespace {
 
@@ -113,6 +115,17 @@ struct Dest {
     char name[8];
     char other[32];
 };
+
+// The store names no module: the SNMP family hands the cache its keys when
+// the library is loaded.  Nothing in this program calls the SNMP family, so
+// this also proves a static link keeps the registration.
+TEST_F(ConfigStore, CacheKeysAreHandedInByTheSnmpFamilyAtLoadTime) {
+    const char *const *keys = cmdlib::config_cache_keys();
+    ASSERT_NE(keys, nullptr);
+    EXPECT_EQ(cmdlib::key_list_length(keys), 10);
+    EXPECT_STREQ(keys[0], "QX_SNMP_ENABLED");
+    EXPECT_STREQ(keys[9], "QX_SNMP_PORT");
+}
 
 TEST_F(ConfigStore, StructReaderThroughAFile) {
     const FieldConfigInfo fields[] = {{"QX_NAME", offsetof(Dest, name), 8, 1},
