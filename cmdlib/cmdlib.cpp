@@ -9,6 +9,7 @@
 
 #include <string_view>
 
+#include "base/internal/command_line.h"
 #include "base/internal/line_reader.h"
 #include "base/internal/raii.h"
 #include "base/internal/text.h"
@@ -239,9 +240,10 @@ int util_sync_module_info(const char *network_card_name) {
 
     if (cmd_file_exist(kSrcConfigFile)) {
         cmd_rm(kSrcConfigMd5File);
-        format_bounded(string_buffer, sizeof string_buffer, "md5sum %s|cut -f1 -d\" \" > %s",
-                       kSrcConfigFile, kSrcConfigMd5File);
-        util_shell(string_buffer);
+        // Fixed names: the line always fits the shared buffer.
+        if (format_command(string_buffer, sizeof string_buffer, "md5sum %s|cut -f1 -d\" \" > %s",
+                           kSrcConfigFile, kSrcConfigMd5File))
+            util_shell(string_buffer);
         if (cmd_file_exist(kSrcConfigMd5File)) {
             char md5[513];
             cmd_cat(kSrcConfigMd5File, md5, sizeof md5);
@@ -307,9 +309,9 @@ char *util_get_used_module_name(void) { return util_used_module_name; }
 int util_read_config_parameters(InfoStruct *server_wifi_info) {
     char path[UTIL_TMP_PATH_SIZE];
     util_get_tmp_uuid_file_path(path);
-    char cmd[128];
-    format_bounded(cmd, sizeof cmd, "mdlcfg -e > %s", path);
-    util_shell(cmd);
+    CommandLine<128> cmd;
+    cmd.format("mdlcfg -e > %s", path);  // our own scratch name: always fits
+    run_command(cmd);
     usleep(10);  // the exporter's file is complete when the shell returns
     int rc = util_server_read_wifi_info_ex(path, server_wifi_info);
     cmd_rm(path);
