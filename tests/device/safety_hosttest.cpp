@@ -219,6 +219,7 @@ TEST(Runner, FailuresAreOneLineSayingWhatFailed) {
         {"no command", r, "run-in-device: usage: run-in-device [--build DIR] [--rw DIR]... [--state SCRIPT] [--] "
                           "COMMAND [ARGS...]"},
         {"unknown option", r + b + " --bogus true", "run-in-device: unknown option --bogus"},
+        {"option without its argument", r + " --build", "run-in-device: --build needs an argument"},
         {"missing build tree", r + " --build /nonexistent true",
          "run-in-device: cannot use build tree /nonexistent: No such file or directory"},
         {"build tree without simulators", r + " --build " + quote(d + "/empty") + " true",
