@@ -3,6 +3,7 @@
 
 #include <errno.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -52,6 +53,26 @@ bool entry_is_tool(const std::string &entry, const std::string &tool) {
 }
 
 }  // namespace
+
+namespace {
+
+std::string env_dir(const char *name) {
+    const char *value = ::getenv(name);
+    if (value && *value) return value;
+    ADD_FAILURE() << name << " is not set: run device tests through tools/device/run-in-device "
+                  << "(host tests through ctest)";
+    // Nothing can be created below /dev/null: a test that goes on anyway
+    // cannot litter the host.
+    return std::string("/dev/null/") + name + "-unset";
+}
+
+}  // namespace
+
+std::string src_dir() { return env_dir("CMDLIB_SRC"); }
+
+std::string build_dir() { return env_dir("CMDLIB_BUILD"); }
+
+std::string src_path(const std::string &relative) { return src_dir() + "/" + relative; }
 
 bool in_device() {
     return ::access(st::kMarker, F_OK) == 0 && ::getenv("CMDLIB_IN_DEVICE") != nullptr;
@@ -143,13 +164,17 @@ std::vector<std::string> calls(const std::string &tool) {
 
 void clear_calls() { write_file(st::kCallLog, ""); }
 
-bool wait_for_calls(const std::string &tool, size_t count, int timeout_ms) {
+bool wait_until(const std::function<bool()> &condition, int timeout_ms) {
     auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    while (calls(tool).size() < count) {
+    while (!condition()) {
         if (std::chrono::steady_clock::now() >= deadline) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
+}
+
+bool wait_for_calls(const std::string &tool, size_t count, int timeout_ms) {
+    return wait_until([&] { return calls(tool).size() >= count; }, timeout_ms);
 }
 
 void set_answer(const std::string &tool, const std::string &stdout_text, int exit_code) {

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,16 @@ namespace devtest {
 
 // True inside the throwaway device (never on the build host).
 bool in_device();
+
+// ---- trees -----------------------------------------------------------------
+// Where the checkout and the build tree are, from where the test runs: the
+// runner exports them (CMDLIB_SRC, CMDLIB_BUILD; inside a device always
+// /src and /build), so no host path is compiled into a test.  A missing
+// variable fails the calling test.
+std::string src_dir();
+std::string build_dir();
+// A file of the checkout, e.g. src_path("tests/device/fixtures/usb").
+std::string src_path(const std::string &relative);
 
 // ---- files ---------------------------------------------------------------
 // Writes the file whole, creating parent directories; mode is applied.
@@ -33,6 +44,13 @@ void remove_all(const std::string &path);
 bool bind_dir(const std::string &src, const std::string &dst);
 // Undoes bind_dir.
 bool unbind(const std::string &dst);
+
+// ---- waiting -----------------------------------------------------------------
+// Polls until the condition holds; false if it still does not after
+// timeout_ms.  Tests wait for events this way and never assert how long
+// something took: the cap only ends a wait that has already failed, so make
+// it generous.
+bool wait_until(const std::function<bool()> &condition, int timeout_ms = 10000);
 
 // ---- shell ---------------------------------------------------------------
 // Runs the command line through /bin/sh; its exit code (128+n if killed by

@@ -1,16 +1,17 @@
 // Runs on the HOST: starts devices and checks that what happens inside them
 // (a reboot, killall, rm -rf, writes under /etc and /tmp) leaves the build
-// machine untouched, and that the runner itself behaves (exit status,
-// results reaching the build tree, parallel devices, start-up time).
+// machine untouched, and that the runner itself behaves wherever the
+// checkout lives (exit status, failures, results reaching the build tree,
+// parallel devices).  ctest passes CMDLIB_RUNNER, CMDLIB_SRC and
+// CMDLIB_BUILD (host paths).
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,7 +19,6 @@
 #include "device.h"
 
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 namespace {
 
@@ -28,9 +28,17 @@ std::string quote(const std::string &s) {
     return out + "'";
 }
 
+std::string runner() {
+    const char *r = getenv("CMDLIB_RUNNER");
+    if (r && *r) return r;
+    ADD_FAILURE() << "CMDLIB_RUNNER is not set: run host tests through ctest";
+    return "/dev/null/CMDLIB_RUNNER-unset";
+}
+
 // The command line of one device running `script` through sh.
-std::string device_cmd(const std::string &script) {
-    return std::string(DEVICE_RUNNER) + " --build " + DEVICE_BUILD_DIR + " -- sh -c " + quote(script);
+std::string device_cmd(const std::string &script, const std::string &options = "") {
+    return quote(runner()) + " --build " + quote(devtest::build_dir()) + " " + options + " -- sh -c " +
+           quote(script);
 }
 
 int device(const std::string &script) { return devtest::sh(device_cmd(script)); }
@@ -39,6 +47,35 @@ bool exists(const std::string &path) {
     struct stat sb;
     return lstat(path.c_str(), &sb) == 0;
 }
+
+// Standard output and error of a command line, and its exit status.
+struct Outcome {
+    std::string out;
+    int rc;
+};
+Outcome run(const std::string &cmd) {
+    std::string text = devtest::sh_out("(" + cmd + ") 2>&1; echo \"$?\"");
+    size_t cut = text.rfind('\n', text.size() >= 2 ? text.size() - 2 : 0);
+    cut = cut == std::string::npos ? 0 : cut + 1;
+    return {text.substr(0, cut), static_cast<int>(strtol(text.c_str() + cut, nullptr, 10))};
+}
+
+// A fresh directory (mode 0700, as mkdtemp makes it), removed at the end.
+class TempDir {
+  public:
+    explicit TempDir(const std::string &prefix) : path_(prefix + "XXXXXX") {
+        if (!mkdtemp(path_.data())) path_.clear();
+    }
+    ~TempDir() {
+        if (!path_.empty()) devtest::remove_all(path_);
+    }
+    TempDir(const TempDir &) = delete;
+    TempDir &operator=(const TempDir &) = delete;
+    const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+};
 
 class Safety : public ::testing::Test {
   protected:
@@ -53,9 +90,9 @@ TEST_F(Safety, RebootInsideIsSimulated) {
 
 TEST_F(Safety, KillallInsideReachesOnlyDeviceProcesses) {
     // A host process named sendat survives "killall sendat" in a device.
-    char dir[] = "/tmp/devsafetyXXXXXX";
-    ASSERT_NE(mkdtemp(dir), nullptr);
-    std::string fake = std::string(dir) + "/sendat";
+    TempDir dir("/tmp/devsafety");
+    ASSERT_FALSE(dir.path().empty());
+    std::string fake = dir.path() + "/sendat";
     ASSERT_EQ(devtest::sh("cp /bin/sleep " + fake), 0);
     pid_t pid = fork();
     ASSERT_GE(pid, 0);
@@ -63,7 +100,8 @@ TEST_F(Safety, KillallInsideReachesOnlyDeviceProcesses) {
         execl(fake.c_str(), "sendat", "30", static_cast<char *>(nullptr));
         _exit(127);
     }
-    usleep(50 * 1000);
+    std::string comm = "/proc/" + std::to_string(pid) + "/comm";
+    ASSERT_TRUE(devtest::wait_until([&] { return devtest::read_file(comm) == "sendat\n"; }));
     ASSERT_EQ(devtest::sh("killall -0 sendat"), 0) << "the host sentinel must be visible on the host";
     // Inside, the real killall finds no sendat at all (exit 1).
     EXPECT_EQ(device("killall sendat 2>/dev/null"), 1);
@@ -72,7 +110,6 @@ TEST_F(Safety, KillallInsideReachesOnlyDeviceProcesses) {
     EXPECT_EQ(waitpid(pid, &status, WNOHANG), 0) << "host sendat was killed";
     kill(pid, SIGKILL);
     waitpid(pid, &status, 0);
-    devtest::remove_all(dir);
 }
 
 TEST_F(Safety, RemovalsAndWritesInsideLeaveTheHostAlone) {
@@ -116,63 +153,167 @@ TEST(Runner, ExitStatusIsTheCommands) {
 }
 
 TEST(Runner, StdinReachesTheCommand) {
-    EXPECT_EQ(devtest::sh_out("echo hello | " + std::string(DEVICE_RUNNER) + " --build " + DEVICE_BUILD_DIR + " cat"),
+    EXPECT_EQ(devtest::sh_out("echo hello | " + quote(runner()) + " --build " + quote(devtest::build_dir()) + " cat"),
               "hello\n");
 }
 
-TEST(Runner, ResultsReachTheBuildTree) {
-    std::string probe = std::string(DEVICE_BUILD_DIR) + "/tests/device/.result-probe";
-    devtest::remove_all(probe);
-    EXPECT_EQ(device("echo ok >" + probe), 0);
-    EXPECT_EQ(devtest::read_file(probe), "ok\n");
-    devtest::remove_all(probe);
+TEST(Runner, HostPathsInTheBuildTreeAreRewrittenAndResultsReachIt) {
+    // The forms a test's output path comes in: a plain argument, an
+    // option's value after "=" and "=xml:", and GTEST_OUTPUT.
+    const std::string host = devtest::build_dir() + "/tests/device/.results";
+    devtest::remove_all(host);
+    ASSERT_EQ(devtest::sh("mkdir -p " + quote(host)), 0);
+    std::string script = "echo a >\"$1\" && echo b >\"${2#--out=xml:}\" && echo c >\"${GTEST_OUTPUT#xml:}\" && "
+                         "echo \"$1 $2 $GTEST_OUTPUT\" >\"$CMDLIB_BUILD/tests/device/.results/seen\"";
+    std::string cmd = "GTEST_OUTPUT=xml:" + quote(host + "/c") + " " + device_cmd(script) + " sh " +
+                      quote(host + "/a") + " " + quote("--out=xml:" + host + "/b");
+    EXPECT_EQ(devtest::sh(cmd), 0);
+    EXPECT_EQ(devtest::read_file(host + "/a"), "a\n");
+    EXPECT_EQ(devtest::read_file(host + "/b"), "b\n");
+    EXPECT_EQ(devtest::read_file(host + "/c"), "c\n");
+    EXPECT_EQ(devtest::read_file(host + "/seen"),
+              "/build/tests/device/.results/a --out=xml:/build/tests/device/.results/b "
+              "xml:/build/tests/device/.results/c\n");
+    devtest::remove_all(host);
 }
 
 TEST(Runner, StateScriptRunsFirstAndItsCallsAreNotLogged) {
-    char path[] = "/tmp/devstateXXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    close(fd);
+    TempDir dir("/tmp/devstate");
+    ASSERT_FALSE(dir.path().empty());
+    std::string path = dir.path() + "/state.sh";
     devtest::write_file(path, "mdlcfg -a QX_STATE=ready\n");
-    std::string cmd = std::string(DEVICE_RUNNER) + " --build " + DEVICE_BUILD_DIR + " --state " + path +
-                      " -- sh -c " + quote("test ! -s /var/lib/device/calls.log && test \"$(mdlcfg -g QX_STATE)\" = ready");
+    std::string cmd = device_cmd("test ! -s /var/lib/device/calls.log && test \"$(mdlcfg -g QX_STATE)\" = ready",
+                                 "--state " + quote(path));
     EXPECT_EQ(devtest::sh(cmd), 0);
     devtest::write_file(path, "exit 3\n");
-    EXPECT_EQ(devtest::sh(cmd + " 2>/dev/null"), 125);
-    unlink(path);
+    Outcome failed = run(cmd);
+    EXPECT_EQ(failed.rc, 125);
+    EXPECT_EQ(failed.out, "run-in-device: state script failed\n");
 }
 
-TEST(Runner, BadUsageAndMissingNamespacesSayWhy) {
-    EXPECT_EQ(devtest::sh(std::string(DEVICE_RUNNER) + " 2>/dev/null"), 125);
-    EXPECT_EQ(devtest::sh(std::string(DEVICE_RUNNER) + " --build /nonexistent true 2>/dev/null"), 125);
-    // An unprivileged user cannot create the namespaces: one clear line.
-    std::string out = devtest::sh_out("setpriv --reuid=65534 --regid=65534 --clear-groups " +
-                                      std::string(DEVICE_RUNNER) + " --build " + DEVICE_BUILD_DIR +
-                                      " true 2>&1; echo rc=$?");
-    EXPECT_THAT(out, StartsWith("run-in-device: cannot create namespaces: "));
-    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2) << out;
-    EXPECT_THAT(out, HasSubstr("rc=125"));
+TEST(Runner, FailuresAreOneLineSayingWhatFailed) {
+    TempDir scratch("/tmp/devfail");
+    const std::string &d = scratch.path();
+    ASSERT_FALSE(d.empty());
+    ASSERT_EQ(chmod(d.c_str(), 0755), 0);
+    // A kernel without the namespaces, played by an unshare on PATH.
+    devtest::write_file(d + "/bin/unshare",
+                        "#!/bin/sh\necho 'unshare: unshare failed: Operation not permitted' >&2\nexit 1\n", 0755);
+    // An ip that fails the way a kernel without veth or bridges would.  The
+    // set-up runs it after the switch to the device's root, where the build
+    // tree is /build: PATH names it there.
+    const std::string ip_dir = "tests/device/.failing-ip";
+    devtest::write_file(devtest::build_dir() + "/" + ip_dir + "/ip",
+                        "#!/bin/sh\necho 'Error: Unknown device type.' >&2\nexit 2\n", 0755);
+    // A build tree below a 0700 directory, and a copy of the runner that
+    // anyone may read: an unprivileged caller gets as far as the build tree.
+    ASSERT_EQ(devtest::sh("mkdir -p " + quote(d + "/secret/build") + " " + quote(d + "/tools/device") +
+                          " && chmod 0700 " + quote(d + "/secret") + " && cp " + quote(runner()) + " " +
+                          quote(d + "/tools/device/run-in-device") + " && mkdir " + quote(d + "/empty")),
+              0);
+    const std::string r = quote(runner()), b = " --build " + quote(devtest::build_dir());
+    struct Case {
+        const char *what;
+        std::string cmd, line;
+    } cases[] = {
+        {"no command", r, "run-in-device: usage: run-in-device [--build DIR] [--rw DIR]... [--state SCRIPT] [--] "
+                          "COMMAND [ARGS...]"},
+        {"unknown option", r + b + " --bogus true", "run-in-device: unknown option --bogus"},
+        {"option without its argument", r + " --build", "run-in-device: --build needs an argument"},
+        {"missing build tree", r + " --build /nonexistent true",
+         "run-in-device: cannot use build tree /nonexistent: No such file or directory"},
+        {"build tree without simulators", r + " --build " + quote(d + "/empty") + " true",
+         "run-in-device: simulators not built: " + d + "/empty/tools/device/device_sim"},
+        {"missing --rw directory", r + b + " --rw /nonexistent true",
+         "run-in-device: cannot use --rw directory /nonexistent: No such file or directory"},
+        {"no namespaces", "PATH=" + quote(d + "/bin") + ":\"$PATH\" " + r + b + " true",
+         "run-in-device: cannot create namespaces: unshare: unshare failed: Operation not permitted"},
+        {"network set-up refused", "PATH=/build/" + ip_dir + ":\"$PATH\" " + r + b + " true",
+         "run-in-device: network set-up failed (/var/lib/device/ns/inside.batch): Error: Unknown device type."},
+        {"build tree the caller may not enter",
+         "setpriv --reuid=65534 --regid=65534 --clear-groups " + quote(d + "/tools/device/run-in-device") +
+             " --build " + quote(d + "/secret/build") + " true",
+         "run-in-device: cannot use build tree " + d + "/secret/build: Permission denied"},
+    };
+    for (const Case &c : cases) {
+        Outcome o = run(c.cmd);
+        EXPECT_EQ(o.rc, 125) << c.what;
+        EXPECT_EQ(o.out, c.line + "\n") << c.what;
+    }
+    devtest::remove_all(devtest::build_dir() + "/" + ip_dir);
 }
 
 TEST(Runner, ParallelDevicesDoNotClash) {
-    // Same interface names, same paths, at the same time.
-    std::string a = device_cmd("ip link add dum0 type veth peer name dum1 && echo a >/tmp/cmdlib/who && sleep 0.3 && "
-                               "test \"$(cat /tmp/cmdlib/who)\" = a");
-    std::string b = device_cmd("ip link add dum0 type veth peer name dum1 && echo b >/tmp/cmdlib/who && sleep 0.3 && "
-                               "test \"$(cat /tmp/cmdlib/who)\" = b");
-    EXPECT_EQ(devtest::sh("(" + a + ") & pa=$!; (" + b + ") & pb=$!; wait $pa && wait $pb"), 0);
+    // Same interface names, same paths, at the same time: each device
+    // marks a shared --rw folder and waits for the other's mark, so both
+    // are up together; each still reads its own /tmp/cmdlib.
+    TempDir shared("/tmp/devpar");
+    ASSERT_FALSE(shared.path().empty());
+    auto one = [&](const std::string &me, const std::string &other) {
+        return device_cmd("ip link add dum0 type veth peer name dum1 && echo " + me + " >/tmp/cmdlib/who && touch \"$CMDLIB_RW/" +
+                              me + "\" && i=0 && while [ ! -e \"$CMDLIB_RW/" + other +
+                              "\" ] && [ $i -lt 300 ]; do sleep 0.1; i=$((i+1)); done; test -e \"$CMDLIB_RW/" +
+                              other + "\" && test \"$(cat /tmp/cmdlib/who)\" = " + me,
+                          "--rw " + quote(shared.path()));
+    };
+    EXPECT_EQ(devtest::sh("(" + one("a", "b") + ") & pa=$!; (" + one("b", "a") + ") & pb=$!; wait $pa && wait $pb"),
+              0);
+    EXPECT_TRUE(exists(shared.path() + "/a"));
+    EXPECT_TRUE(exists(shared.path() + "/b"));
 }
 
-TEST(Runner, StartsQuickly) {
-    // Best of three, to stay meaningful on a loaded build machine.
-    auto best = std::chrono::milliseconds::max();
-    for (int i = 0; i < 3; ++i) {
-        auto start = std::chrono::steady_clock::now();
-        ASSERT_EQ(device("true"), 0);
-        best = std::min(best, std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start));
-    }
-    RecordProperty("device_start_ms", static_cast<int>(best.count()));
-    EXPECT_LT(best.count(), 100);
+// ---- any checkout path ------------------------------------------------------
+
+// A checkout and build tree made of the runner, the simulator binary and a
+// probe, copied to awkward places; the device must find them at /src and
+// /build whatever the host path.
+struct Layout {
+    const char *what;
+    const char *parent;    // where the 0700 top directory is made
+    const char *checkout;  // below the top directory
+    const char *build;     // below the top directory
+};
+
+class AnyPath : public ::testing::TestWithParam<Layout> {};
+
+// Reports what the device shows: its own path, the trees, the working
+// directory and the checkout's marker; writes its argument back to the build
+// tree, and through the checkout when the build tree sits inside it.
+constexpr const char *kProbe = R"SH(#!/bin/sh
+printf '%s|%s|%s|%s|%s|' "$0" "$CMDLIB_SRC" "$CMDLIB_BUILD" "$(pwd)" "$(cat "$CMDLIB_SRC/marker")"
+touch "$CMDLIB_SRC/.written" 2>/dev/null && echo "checkout writable"
+echo "$1" >"$CMDLIB_BUILD/from-device"
+if [ -n "$2" ]; then echo nested >"$CMDLIB_SRC/$2/nested"; fi
+echo end
+)SH";
+
+TEST_P(AnyPath, DeviceFindsTheTreesAtFixedPaths) {
+    const Layout &l = GetParam();
+    TempDir top(std::string(l.parent) + "/devpath ");
+    ASSERT_FALSE(top.path().empty());
+    const std::string src = top.path() + "/" + l.checkout, build = top.path() + "/" + l.build;
+    ASSERT_EQ(devtest::sh("mkdir -p " + quote(src + "/tools/device") + " " + quote(build + "/tools/device") +
+                          " && cp " + quote(runner()) + " " + quote(src + "/tools/device/") + " && cp " +
+                          quote(devtest::build_dir() + "/tools/device/device_sim") + " " +
+                          quote(build + "/tools/device/")),
+              0);
+    devtest::write_file(src + "/marker", "checkout");
+    devtest::write_file(build + "/probe", kProbe, 0755);
+    std::string nested = build.rfind(src + "/", 0) == 0 ? build.substr(src.size() + 1) : "";
+
+    Outcome o = run("cd " + quote(build) + " && " + quote(src + "/tools/device/run-in-device") + " --build " +
+                    quote(build) + " -- " + quote(build + "/probe") + " hello " + quote(nested));
+    EXPECT_EQ(o.rc, 0) << o.out;
+    EXPECT_EQ(o.out, "/build/probe|/src|/build|/build|checkout|end\n");
+    EXPECT_EQ(devtest::read_file(build + "/from-device"), "hello\n");
+    EXPECT_EQ(devtest::read_file(build + "/nested"), nested.empty() ? "" : "nested\n");
+    EXPECT_FALSE(exists(src + "/.written"));
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Runner, AnyPath,
+    ::testing::Values(Layout{"blank in the path under /tmp, build tree inside", "/tmp", "a b/x", "a b/x/build"},
+                      Layout{"0700 directory outside /tmp, build tree beside", "/var/tmp", "x", "x-build"}),
+    [](const ::testing::TestParamInfo<Layout> &info) { return info.index == 0 ? "UnderTmpWithBlank" : "Under0700Dir"; });
 
 }  // namespace

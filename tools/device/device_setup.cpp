@@ -1,7 +1,10 @@
 // The device's root and network, built with direct system calls: a shell
 // script would spend a process start (~2 ms) on each of the forty steps.
-// Runs as "device_sim --setup REPO BUILD [RW...]" from run-in-device, as PID
-// 1 of fresh mount, PID and network namespaces, before any test code.
+// Runs as "device_sim --setup [MODE HOST INSIDE]..." from run-in-device, as
+// PID 1 of fresh mount, PID and network namespaces, before any test code.
+// Each triplet names a host directory (the checkout, the build tree, a --rw
+// folder) to bind at a fixed path inside, read-only ("ro") or writable
+// ("rw").
 #include <errno.h>
 #include <fcntl.h>
 #include <sched.h>
@@ -16,6 +19,7 @@
 
 #include <dirent.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "device_state.h"
@@ -78,29 +82,79 @@ bool make_dev(const std::string &dev) {
     return true;
 }
 
+// An open descriptor, closed with its owner.
+class Fd {
+  public:
+    Fd() = default;
+    explicit Fd(int fd) : fd_(fd) {}
+    Fd(Fd &&o) noexcept : fd_(std::exchange(o.fd_, -1)) {}
+    Fd &operator=(Fd &&o) noexcept {
+        std::swap(fd_, o.fd_);
+        return *this;
+    }
+    Fd(const Fd &) = delete;
+    Fd &operator=(const Fd &) = delete;
+    ~Fd() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    int get() const { return fd_; }
+
+  private:
+    int fd_ = -1;
+};
+
+// A host directory to show inside, held open from before the first mount:
+// a checkout under /tmp would otherwise be hidden by the staging tmpfs, and
+// the descriptor needs no path lookup that a mount could hide.
+struct Bind {
+    bool read_only;
+    std::string host, inside;
+    Fd dir;
+};
+
+bool open_binds(std::vector<Bind> &binds) {
+    for (Bind &b : binds) {
+        b.dir = Fd(::open(b.host.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (b.dir.get() < 0) return fail("cannot open", b.host);
+    }
+    return true;
+}
+
+bool bind_trees(const std::string &root, const std::vector<Bind> &binds) {
+    for (const Bind &b : binds) {
+        const std::string dst = root + b.inside;
+        // A tree nested in an earlier one (build/ in the checkout) already
+        // has its directory, possibly on a read-only bind.
+        for (size_t i = root.size() + 1; i <= dst.size(); ++i)
+            if (i == dst.size() || dst[i] == '/') make_dir(dst.substr(0, i));
+        const std::string src = "/proc/self/fd/" + std::to_string(b.dir.get());
+        if (!do_mount(src.c_str(), dst, nullptr, MS_BIND | MS_REC)) return false;
+        if (b.read_only && !do_mount(nullptr, dst, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY)) return false;
+    }
+    return true;
+}
+
 // Builds the overlay root under /tmp/root (a tmpfs over /tmp, private to
-// this mount namespace) and switches to it.
-bool make_root(const std::string &repo, const std::vector<std::string> &rw, const std::string &self) {
+// this mount namespace), lays the fresh /proc, /sys, /tmp, /run and /dev,
+// binds the trees at their fixed paths and switches to it.
+bool make_root(const std::vector<Bind> &binds) {
     const std::string R = "/tmp/root";
     if (!do_mount("device-stage", "/tmp", "tmpfs", 0, "mode=0755,size=64m")) return false;
     make_dir("/tmp/upper");
     make_dir("/tmp/work");
     make_dir(R);
     if (!do_mount("device-root", R, "overlay", 0, "lowerdir=/,upperdir=/tmp/upper,workdir=/tmp/work")) return false;
-    // The sources stay readable (and current: the overlay alone would keep a
-    // stale view of files changed later); the build tree and --rw folders
-    // stay writable so that results reach the host.
-    if (!do_mount(repo.c_str(), R + repo, nullptr, MS_BIND | MS_REC) ||
-        !do_mount(nullptr, R + repo, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY))
-        return false;
-    for (const std::string &d : rw)
-        if (!do_mount(d.c_str(), R + d, nullptr, MS_BIND | MS_REC)) return false;
     if (!do_mount("proc", R + "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC) ||
         !do_mount("sysfs", R + "/sys", "sysfs", MS_NOSUID | MS_NODEV | MS_NOEXEC) ||
         !do_mount("device-tmp", R + "/tmp", "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") ||
         !do_mount("device-run", R + "/run", "tmpfs", MS_NOSUID | MS_NODEV, "mode=0755") || !make_dev(R + "/dev"))
         return false;
-    if (device_install(R, self) != 0) return false;
+    // The trees are bound, not seen through the overlay: the overlay alone
+    // would keep a stale view of files changed later, and writes to the
+    // build tree must reach the host.
+    if (!bind_trees(R, binds)) return false;
+    // The running binary, whatever its host path: the tools link to a copy.
+    if (device_install(R, "/proc/self/exe") != 0) return false;
     for (const char *d : kMustBeEmpty)
         if (!dir_is_empty(R + d) && !do_mount("device-empty", R + d, "tmpfs", 0, "mode=0755")) return false;
 
@@ -138,20 +192,41 @@ bool make_outside_ns() {
     return true;
 }
 
-// Runs "ip -batch FILE", in the outside namespace when asked.
+// Runs "ip -batch FILE", in the outside namespace when asked.  On failure
+// ip's first line of complaint becomes the one line the runner reports.
 bool run_ip_batch(const char *file, bool outside) {
+    int err[2];
+    if (::pipe2(err, O_CLOEXEC) != 0) return fail("cannot create pipe for", file);
     pid_t pid = ::fork();
     if (pid == 0) {
+        ::dup2(err[1], 2);
         if (outside) {
             int ns = ::open(st::kOperatorNs, O_RDONLY | O_CLOEXEC);
-            if (ns < 0 || ::setns(ns, CLONE_NEWNET) != 0) ::_exit(126);
+            if (ns < 0 || ::setns(ns, CLONE_NEWNET) != 0) {
+                ::dprintf(2, "cannot enter %s: %s\n", st::kOperatorNs, strerror(errno));
+                ::_exit(126);
+            }
         }
         ::execlp("ip", "ip", "-batch", file, static_cast<char *>(nullptr));
+        ::dprintf(2, "cannot run ip: %s\n", strerror(errno));
         ::_exit(127);
     }
+    ::close(err[1]);
+    std::string complaint;
+    char buf[512];
+    ssize_t n;
+    while ((n = ::read(err[0], buf, sizeof buf)) != 0) {
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) break;
+        if (complaint.size() < 4096) complaint.append(buf, static_cast<size_t>(n));
+    }
+    ::close(err[0]);
     int status = 0;
-    if (pid < 0 || ::waitpid(pid, &status, 0) < 0 || status != 0) return fail("network set-up failed:", file);
-    return true;
+    if (pid >= 0 && ::waitpid(pid, &status, 0) == pid && status == 0) return true;
+    complaint = complaint.substr(0, complaint.find('\n'));
+    ::fprintf(stderr, "run-in-device: network set-up failed (%s): %s\n", file,
+              complaint.empty() ? "ip failed" : complaint.c_str());
+    return false;
 }
 
 bool write_batch(const char *path, const std::string &text) {
@@ -159,7 +234,7 @@ bool write_batch(const char *path, const std::string &text) {
     if (fd < 0) return fail("cannot create", path);
     bool ok = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     ::close(fd);
-    return ok;
+    return ok || fail("cannot write", path);
 }
 
 bool make_network() {
@@ -199,11 +274,21 @@ bool make_network() {
 
 }  // namespace
 
-// "--setup REPO BUILD [RW...]": SELF is this binary's path in the build tree,
-// which stays at the same path inside the device.
-int device_setup(int argc, char **argv, const std::string &self) {
-    if (argc < 4) return 2;
-    std::vector<std::string> rw;
-    for (int i = 3; i < argc; ++i) rw.emplace_back(argv[i]);
-    return make_root(argv[2], rw, self) && make_network() ? 0 : 1;
+// "--setup [MODE HOST INSIDE]...": every tree is opened before anything is
+// mounted.
+int device_setup(int argc, char **argv) {
+    if ((argc - 2) % 3 != 0) {
+        ::fputs("run-in-device: device_sim --setup needs MODE HOST INSIDE triplets\n", stderr);
+        return 2;
+    }
+    std::vector<Bind> binds;
+    for (int i = 2; i + 2 < argc; i += 3) {
+        const std::string mode = argv[i], inside = argv[i + 2];
+        if ((mode != "ro" && mode != "rw") || inside.size() < 2 || inside[0] != '/') {
+            ::fprintf(stderr, "run-in-device: bad bind %s %s %s\n", argv[i], argv[i + 1], argv[i + 2]);
+            return 2;
+        }
+        binds.push_back(Bind{mode == "ro", argv[i + 1], inside, Fd()});
+    }
+    return open_binds(binds) && make_root(binds) && make_network() ? 0 : 1;
 }

@@ -100,6 +100,14 @@ std::string base_name(const std::string &path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+// DIR/NAME, built in place.
+std::string in_dir(const std::string &dir, const std::string &name) {
+    std::string path;
+    path.reserve(dir.size() + 1 + name.size());
+    path.append(dir).append(1, '/').append(name);
+    return path;
+}
+
 const Tool *find_tool(const std::string &name) {
     for (const Tool &t : kTools)
         if (base_name(t.path) == name) return &t;
@@ -229,13 +237,13 @@ int mdlcfg(int argc, char **argv) {
             std::string out;
             for (const std::string &key : list_dir(st::kMdlcfgStore)) {
                 std::string value;
-                read_file(store + "/" + key, &value);
-                out += "export " + key + "=" + export_quote(value) + "\n";
+                read_file(in_dir(store, key), &value);
+                out.append("export ").append(key).append(1, '=').append(export_quote(value)).append(1, '\n');
             }
             write_stdout(out);
         } else if (opt == "-g" && i + 1 < argc) {
             std::string key = argv[++i], value;
-            if (valid_key(key) && read_file(store + "/" + key, &value)) write_stdout(value + "\n");
+            if (valid_key(key) && read_file(in_dir(store, key), &value)) write_stdout(value + "\n");
         } else if (opt == "-a" && i + 1 < argc) {
             std::string assignment = argv[++i];
             size_t eq = assignment.find('=');
@@ -244,15 +252,15 @@ int mdlcfg(int argc, char **argv) {
                 ::fprintf(stderr, "mdlcfg: bad assignment '%s'\n", assignment.c_str());
                 return 1;
             }
-            write_file(store + "/" + key, assignment.substr(eq + 1));
+            write_file(in_dir(store, key), assignment.substr(eq + 1));
         } else if (opt == "-c") {
             std::string committed = st::kMdlcfgCommitted;
             mkdirs(committed);
-            for (const std::string &key : list_dir(st::kMdlcfgCommitted)) ::unlink((committed + "/" + key).c_str());
+            for (const std::string &key : list_dir(st::kMdlcfgCommitted)) ::unlink((in_dir(committed, key)).c_str());
             for (const std::string &key : list_dir(st::kMdlcfgStore)) {
                 std::string value;
-                read_file(store + "/" + key, &value);
-                write_file(committed + "/" + key, value);
+                read_file(in_dir(store, key), &value);
+                write_file(in_dir(committed, key), value);
             }
         } else {
             ::fprintf(stderr, "mdlcfg: unknown option '%s'\n", opt.c_str());
@@ -313,7 +321,7 @@ std::string at_answer(const std::string &command, long *delay) {
     for (const std::string &name : list_dir(st::kSendat)) {
         if (name.size() < 5 || name.compare(name.size() - 4, 4, ".cmd") != 0) continue;
         std::string cmd;
-        if (!read_file(dir + "/" + name, &cmd) || trim(cmd) != command) continue;
+        if (!read_file(in_dir(dir, name), &cmd) || trim(cmd) != command) continue;
         best = std::max(best, ::strtol(name.c_str(), nullptr, 10));
     }
     if (best < 0) {
@@ -401,9 +409,10 @@ int packtoolpro(int argc, char **argv) {
 
 // ---- installation --------------------------------------------------------------------
 
-// Prepares the device tree under ROOT
-// (the merged overlay, before the root is switched): firmware directories,
-// simulator state, and a link to SELF at every tool's path.
+// Prepares the device tree under ROOT (the merged overlay, before the root
+// is switched): firmware directories, simulator state, and at every tool's
+// path a link to a copy of SELF (this binary, read through /proc/self/exe
+// since its host path may be hidden by then).
 int device_install(const std::string &root, const std::string &self) {
     for (const char *dir : kFirmwareDirs) mkdirs(root + dir);
     mkdirs(root + st::kAnswers);
@@ -418,19 +427,18 @@ int device_install(const std::string &root, const std::string &self) {
     mkdirs(root + "/usr/lib/device");
     std::string self_text;
     if (!read_file(self, &self_text) || self_text.empty()) {
-        ::fprintf(stderr, "device_sim: cannot read %s\n", self.c_str());
+        ::fprintf(stderr, "run-in-device: cannot read %s\n", self.c_str());
         return 1;
     }
     write_file(root + local, self_text);
     ::chmod((root + local).c_str(), 0755);
-    int rc = 0;
     for (const Tool &t : kTools) {
         std::string path = root + t.path;
         mkdirs(path.substr(0, path.rfind('/')));
         ::unlink(path.c_str());
         if (::symlink(local.c_str(), path.c_str()) != 0) {
-            ::fprintf(stderr, "device_sim: cannot link %s: %s\n", path.c_str(), strerror(errno));
-            rc = 1;
+            ::fprintf(stderr, "run-in-device: cannot link %s: %s\n", path.c_str(), strerror(errno));
+            return 1;
         }
     }
     // Factory copy that a factory reset restores /etc/map from.
@@ -438,21 +446,15 @@ int device_install(const std::string &root, const std::string &self) {
     write_file(root + "/rom/etc/map/map.conf", "# factory map settings\n");
     write_file(root + st::kCallLog, "");
     write_file(root + st::kMarker, "1\n");
-    return rc;
+    return 0;
 }
 
 
-int device_setup(int argc, char **argv, const std::string &self);
+int device_setup(int argc, char **argv);
 
 int main(int argc, char **argv) {
     if (argc < 1) return 1;
-    if (argc >= 2 && std::string(argv[1]) == "--setup") {
-        char self[4096];
-        ssize_t n = ::readlink("/proc/self/exe", self, sizeof self - 1);
-        if (n <= 0) return 1;
-        self[n] = '\0';
-        return device_setup(argc, argv, self);
-    }
+    if (argc >= 2 && std::string(argv[1]) == "--setup") return device_setup(argc, argv);
     log_call(argc, argv);
 
     std::string name = base_name(argv[0]);
