@@ -294,24 +294,14 @@ CMDLIB_API int util_config_read_config_file_to_one_struct(const char *config_fil
     return 0;
 }
 
-namespace {
-// Constant-initialised, so it is set before any registration at load time.
-const char *const *g_cache_keys = nullptr;
-}  // namespace
-
-bool cmdlib::use_config_cache_keys(const char *const *keys) {
-    g_cache_keys = keys;
-    return true;
-}
-
-const char *const *cmdlib::config_cache_keys() { return g_cache_keys; }
-
-CMDLIB_API void util_config_read_all(void) {
-    const char *keys[SYSTEM_CONFIGS_MAX_KEYS];
-    const int n = util_config_add_fields_need_to_read(keys, SYSTEM_CONFIGS_MAX_KEYS, g_cache_keys);
-    system_configs_count = util_config_read_fields(keys, n, system_configs, SYSTEM_CONFIGS_CAPACITY);
+void cmdlib::load_config_cache(const char *const *keys) {
+    const char *work[SYSTEM_CONFIGS_MAX_KEYS];
+    const int n = util_config_add_fields_need_to_read(work, SYSTEM_CONFIGS_MAX_KEYS, keys);
+    system_configs_count = util_config_read_fields(work, n, system_configs, SYSTEM_CONFIGS_CAPACITY);
     have_read_system_configs = 1;
 }
+
+CMDLIB_API void util_config_read_all(void) { cmdlib::load_config_cache(cmdlib::kConfigCacheKeys); }
 
 CMDLIB_API const char *util_config_get_config_value(const char *config_name) {
     if (!have_read_system_configs) util_config_read_all();

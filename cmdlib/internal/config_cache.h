@@ -1,17 +1,21 @@
 // Which keys the process-wide configuration cache (system_configs) holds.
-// The store knows no module: the family whose daemon reads the cache (the
-// SNMP agent's, cmdlib_snmp) hands its key list in when the library is
-// loaded.  Until one is handed in the cache loads no key.
+// The cache serves the SNMP agent's daemon, so its keys are the SNMP
+// module's list.  The list is data here, below both the store and the SNMP
+// family: the store loads whatever table it is handed and knows no module,
+// and cmdlib_snmp defines its exported list from the same macro.
 #pragma once
+
+#define CMDLIB_SNMP_CONFIG_KEYS                                                             \
+    "QX_SNMP_ENABLED", "QX_SNMP_LO_ENABLED", "QX_SNMP_CN_READ", "QX_SNMP_CN_WRITE",         \
+        "QX_SNMP_TRAP_IP", "QX_SNMP_TRAP_PORT", "QX_ENABLE_SNMP_VIA_LAN", "QX_SNMP_TRAP_INTERVAL", \
+        "QX_SNMP_OPERATOR_NAME", "QX_SNMP_PORT"
 
 namespace cmdlib {
 
-// Makes keys (null-terminated, constant for the life of the process) the
-// cache's key list for its next load.  Returns true, so a family can use
-// the call to initialise a variable at load time.
-bool use_config_cache_keys(const char *const *keys);
+// The cache's key list, null-terminated.
+inline constexpr const char *kConfigCacheKeys[] = {CMDLIB_SNMP_CONFIG_KEYS, nullptr};
 
-// The key list in use (nullptr when none was handed in).
-[[nodiscard]] const char *const *config_cache_keys();
+// Loads system_configs afresh with the keys of the null-terminated table.
+void load_config_cache(const char *const *keys);
 
 }  // namespace cmdlib

@@ -116,17 +116,6 @@ struct Dest {
     char other[32];
 };
 
-// The store names no module: the SNMP family hands the cache its keys when
-// the library is loaded.  Nothing in this program calls the SNMP family, so
-// this also proves a static link keeps the registration.
-TEST_F(ConfigStore, CacheKeysAreHandedInByTheSnmpFamilyAtLoadTime) {
-    const char *const *keys = cmdlib::config_cache_keys();
-    ASSERT_NE(keys, nullptr);
-    EXPECT_EQ(cmdlib::key_list_length(keys), 10);
-    EXPECT_STREQ(keys[0], "QX_SNMP_ENABLED");
-    EXPECT_STREQ(keys[9], "QX_SNMP_PORT");
-}
-
 TEST_F(ConfigStore, StructReaderThroughAFile) {
     const FieldConfigInfo fields[] = {{"QX_NAME", offsetof(Dest, name), 8, 1},
                                       {"QX_OTHER", offsetof(Dest, other), 32, 1}};
