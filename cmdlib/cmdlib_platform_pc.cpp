@@ -1,0 +1,17 @@
+// PC build operations.
+#include "cmdlib/cmdlib_platform_pc.h"
+
+#include "cmdlib/internal/platform_ops.h"
+
+using cmdlib::platform::OpRow;
+using cmdlib::platform::Rule;
+using cmdlib::platform::Runner;
+
+namespace {
+constexpr OpRow kRestartDnsmasq = {"/usr/script/dnsmasq_init.sh > /dev/null 2>&1 &", Runner::System, Rule::Zero};
+constexpr OpRow kRestartVoip = {"/etc/qxscript/start_voice restart >/dev/null 2>&1", Runner::Shell, Rule::Zero};
+}  // namespace
+
+extern "C" int pc_get_device_sn(char *value, int len) { return cmdlib::platform::serial_from_qxsys(value, len); }
+extern "C" int pc_opt_restart_dnsmasq(void) { return cmdlib::platform::run_op(kRestartDnsmasq); }
+extern "C" int pc_opt_restart_voipclient(void) { return cmdlib::platform::run_op(kRestartVoip); }
