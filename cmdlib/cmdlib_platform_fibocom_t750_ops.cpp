@@ -3,6 +3,7 @@
 // directory, eSIM and battery readers, TR-069 helpers.
 #include <stdio.h>
 #include <string.h>
+#include <sys/wait.h>
 
 #include <iterator>
 #include <string_view>
@@ -133,24 +134,26 @@ extern "C" int fibocom_t750_opt_system_reboot(const char *) {
 namespace cmdlib::platform {
 
 // Runs qxupdate with the options and the file (one inert word), formatted
-// as the 256-byte line the tool has always been given, and maps its status
-// to a result code.  The shell is asked to exec the tool, so that a signal
-// ending the tool shows in the status on every /bin/sh (busybox ash does so
-// by itself, dash does not).
+// as the 256-byte line the tool has always been given.  The shell is asked
+// to exec the tool, so that a signal ending the tool shows in the status on
+// every /bin/sh (busybox ash does so by itself, dash does not).
 int run_qxupdate(const char *options, const char *path) {
     CommandLine<256> cmd;
     cmd.format("qxupdate %s --file ", options);
-    if (!path || !cmd.append_word(path)) return kToolNotRun;
+    if (!path || !cmd.append_word(path)) return -1;
     CommandLine<256 + 5> line;
     line.format("exec %s", cmd.c_str());
-    return tool_result(run_command(line));
+    return run_command(line);
 }
 
 }  // namespace cmdlib::platform
 
 extern "C" int fibocom_t750_process_config_update(void *arg, int, char *, int *result_code) {
-    int rc = platform::run_qxupdate("--local --config", static_cast<const char *>(arg));
-    if (rc != 0 && result_code) *result_code = rc;
+    int status = platform::run_qxupdate("--local --config", static_cast<const char *>(arg));
+    if (status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == 0) return 0;
+    // A tool ended by a signal stores 0 here: it still counts as success.
+    int rc = platform::tool_result(status);
+    if (result_code) *result_code = rc;
     return rc;
 }
 

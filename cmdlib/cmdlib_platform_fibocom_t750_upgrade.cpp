@@ -54,12 +54,12 @@ extern "C" int fibocom_t750_verify_upload_file(const char *fileName) { return fi
 
 extern "C" int fibocom_t750_system_upgrade_stage1(const char *fileName) {
     if (!fileName || !cmd_file_exist(fileName)) return T750_UPGRADE_NO_FILE;
-    return platform::run_qxupdate("--local --system --stage 1", fileName);
+    return platform::tool_result(platform::run_qxupdate("--local --system --stage 1", fileName));
 }
 
 extern "C" int fibocom_t750_system_upgrade_stage2(const char *fileName) {
     if (!fileName || !cmd_file_exist(fileName)) return T750_UPGRADE_NO_FILE;
-    return platform::run_qxupdate("--local --system --reboot --stage 2", fileName);
+    return platform::tool_result(platform::run_qxupdate("--local --system --reboot --stage 2", fileName));
 }
 
 extern "C" int fibocom_t750_local_system_upgrade(const char *fileName) {

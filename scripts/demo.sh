@@ -38,6 +38,12 @@ has nat      && run nat
 has ps       && run ps dnsmasq
 has usb      && run usb ports
 has cat      && run cat /tmp/cmdlib/.system_signal_sim_status_ind
+has identity && run identity
+has upgrade  && run upgrade check /data/web_upload/T750_V1.3.0_20240501.img T750
+has upgrade  && run upgrade version T750_V1.1.0_20230101.img
+has fota     && run fota http://10.64.0.1:8080/fw.img 19 "$(md5sum </tmp/www/fw.img | cut -c1-32)"
+has mesh     && run mesh
+has urlblock && run urlblock ads.example "http://tracker.example/x?id=1"
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

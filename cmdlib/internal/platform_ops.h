@@ -61,8 +61,9 @@ inline constexpr int kToolNotRun = 104;
 }
 
 // Runs "qxupdate OPTIONS --file PATH" (PATH one inert shell word) and
-// gives tool_result() of its status; kToolNotRun for a null path or a line
-// longer than the tool's 255 characters (nothing is run).
+// gives its wait status; -1, as for a shell that could not start, for a
+// null path or a line longer than the tool's 255 characters (nothing is
+// run then).
 int run_qxupdate(const char *options, const char *path);
 
 // The part of an outside file name that may be used inside a fixed

@@ -256,3 +256,11 @@ void DeviceTest::SetUp() {
     ASSERT_TRUE(devtest::in_device()) << "not inside a device: run this binary through tools/device/run-in-device";
     devtest::reset_device_state();
 }
+
+namespace devtest {
+
+void set_answer_signal(const std::string &tool, int signal_number) {
+    write_file(answer_stem(tool) + ".signal", std::to_string(signal_number));
+}
+
+}  // namespace devtest

@@ -119,6 +119,12 @@ bool add_interface(const std::string &name, const std::string &cidr);
 
 }  // namespace devtest
 
+namespace devtest {
+// From now on the tool prints its scripted answer (if any) and then ends by
+// the signal (e.g. SIGKILL), as a tool killed under its caller does.
+void set_answer_signal(const std::string &tool, int signal_number);
+}  // namespace devtest
+
 // Base fixture of device tests: fails at once outside a device, and resets
 // the simulators and /tmp/cmdlib before every test.
 class DeviceTest : public ::testing::Test {

@@ -99,3 +99,15 @@ printf '\r\nFibocom Wireless Inc.\r\nFM350-GL\r\nRevision: 81600.0000.00.29.21.1
 echo 0 >/var/lib/device/sendat/1.delay
 printf 'ATI' >/var/lib/device/sendat/1.cmd
 (exec -a dnsmasq sleep 100000) &
+
+# Platform: serial number, an uploaded image for this board, the mesh
+# daemon's dump, and a FOTA image on the operator's HTTP server.
+echo T750A0001234 >/productinfo/generate_sn
+mkdir -p /data/web_upload /tmp/www
+printf 'PKTP\nname: t750\nfeature: M4200X-T750\n\npayload\n' >/data/web_upload/T750_V1.3.0_20240501.img
+cat >/tmp/dump.txt <<'MESH'
+{"topology information":[{"AL MAC":"02:00:c0:a8:01:01","Device role":"1"},
+ {"AL MAC":"02:00:c0:a8:01:02","Device role":"1"},{"AL MAC":"02:00:c0:a8:01:03","Device role":"2"}]}
+MESH
+printf 'fota image payload\n' >/tmp/www/fw.img
+nsenter --net=/var/lib/device/ns/operator busybox httpd -p 10.64.0.1:8080 -h /tmp/www

@@ -452,6 +452,16 @@ int device_install(const std::string &root, const std::string &self) {
 
 int device_setup(int argc, char **argv);
 
+// A scripted end by a signal (set_answer_signal): the tool prints its
+// answer, then dies of the signal, as a tool killed under the caller
+// would.
+int end_by_signal(const std::string &out, int sig) {
+    write_stdout(out);
+    ::signal(sig, SIG_DFL);
+    ::raise(sig);
+    return 128 + sig;  // a signal that cannot end a process
+}
+
 int main(int argc, char **argv) {
     if (argc < 1) return 1;
     if (argc >= 2 && std::string(argv[1]) == "--setup") return device_setup(argc, argv);
@@ -463,6 +473,7 @@ int main(int argc, char **argv) {
     std::string out;
     bool has_out = read_file(stem + ".out", &out);
     long rc = read_long(stem + ".rc", -1);
+    if (long sig = read_long(stem + ".signal", 0); sig > 0) return end_by_signal(out, static_cast<int>(sig));
     if (has_out || rc >= 0) {
         write_stdout(out);
         return rc >= 0 ? static_cast<int>(rc) : 0;
