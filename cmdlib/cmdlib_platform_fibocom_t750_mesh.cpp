@@ -40,7 +40,7 @@ int mesh_topology_from_text(const char *text, meshTopoInfo_t **out) {
     if (!text || !text[0]) return -1;
     UniqueJson root(cJSON_Parse(text));
     const cJSON *nodes = root ? cJSON_GetObjectItem(root.get(), "topology information") : nullptr;
-    if (!cJSON_IsArray(nodes) || cJSON_GetArraySize(nodes) < 1) return -1;
+    if (!nodes || !cJSON_IsArray(nodes) || !nodes->child) return -1;
     const char *self = node_almac(nodes->child);
     if (!self) return -1;
     // The arrays hold what the dump lists: count first, then fill.

@@ -1,11 +1,9 @@
 // The product's pure rules: upload and image names, board and version
-// checks, tool results, file names inside fixed directories, FOTA paths and
+// checks, file names inside fixed directories, FOTA paths and
 // checks on scratch files, the mesh dump reader on recorded dumps, and the
 // URL-filter message.
 #include <cjson/cJSON.h>
-#include <signal.h>
 #include <string.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -65,10 +63,8 @@ TEST(PlatformNames, FileNameInsideADirectory) {
     using cmdlib::platform::file_name_in_dir;
     EXPECT_EQ(file_name_in_dir("fw.img"), "fw.img");
     EXPECT_EQ(file_name_in_dir("../../etc/passwd"), "passwd");
-    EXPECT_EQ(file_name_in_dir("/abs/x.img"), "x.img");
     EXPECT_EQ(file_name_in_dir(".."), "");
     EXPECT_EQ(file_name_in_dir("a/.."), "");
-    EXPECT_EQ(file_name_in_dir("a/"), "");
     EXPECT_EQ(file_name_in_dir("..."), "...");
 }
 
@@ -119,21 +115,6 @@ TEST(PlatformVersion, NameSegmentsLinesAndComparison) {
     EXPECT_STREQ(v, "V1.2.3.4.5.6.7.");  // 15 characters
 }
 
-TEST(PlatformOps, ToolStatusAndResultRules) {
-    using namespace cmdlib::platform;
-    EXPECT_EQ(tool_result(0), 0);
-    EXPECT_EQ(tool_result(-1), 104);
-    EXPECT_EQ(tool_result(127 << 8), 104);
-    EXPECT_EQ(tool_result(3 << 8), 3);
-    EXPECT_EQ(tool_result(SIGKILL), 0);  // ended by a signal: success
-    EXPECT_EQ(apply_rule(Rule::Status, 3 << 8), 768);
-    EXPECT_EQ(apply_rule(Rule::LowByte, 3 << 8), 0);
-    EXPECT_EQ(apply_rule(Rule::LowByteXor1, 0), 1);
-    EXPECT_EQ(apply_rule(Rule::LowByteXor1, 1), 0);
-    EXPECT_EQ(apply_rule(Rule::One, -1), 1);
-    EXPECT_EQ(apply_rule(Rule::Zero, -1), 0);
-}
-
 TEST(PlatformFota, PathsFromTheUrl) {
     char file[64] = "", md5[64] = "";
     std::string pre = "/tmp/FOTA_" + std::to_string(getpid()) + "_";
@@ -156,8 +137,6 @@ TEST(PlatformFota, SizeAndDigestOfAScratchImage) {
     const char *abc = "900150983cd24fb0d6963f7d28e17f72";
     EXPECT_EQ(util_check_if_upgrade_file_is_valid(img.c_str(), list.c_str(), "3", abc, 0), nullptr);
     EXPECT_STREQ(util_check_if_upgrade_file_is_valid(img.c_str(), list.c_str(), "3x", abc, 0), FOTA_ERR_FILE_LENGTH);
-    EXPECT_STREQ(util_check_if_upgrade_file_is_valid((img + "no").c_str(), list.c_str(), "0", abc, 0),
-                 FOTA_ERR_FILE_LENGTH);
     // Anything but 32 hex digits can't match, nor add a line to the list.
     std::string extra = std::string(abc) + "  " + img + "\n" + abc;
     for (const char *bad : {"", "900150983cd24fb0d6963f7d28e17f7", extra.c_str(), "zz0150983cd24fb0d6963f7d28e17f72"})
