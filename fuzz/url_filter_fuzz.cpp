@@ -19,6 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
             urls.back() += static_cast<char>(data[i]);
     }
     std::vector<const char *> p;
+    p.reserve(urls.size());
     for (const auto &u : urls) p.push_back(u.c_str());
     char *msg = cmdlib::url_filter_message(p.data(), static_cast<int>(p.size()));
     if (!msg) __builtin_trap();

@@ -261,6 +261,7 @@ TEST(PlatformUrlFilter, HostileUrlsParseBackUnchanged) {
     std::vector<std::string> urls = {"a\"b", "c\\d", "\xe4\xb8\xad\xe6\x96\x87.example", "\xff\xfe", "tab\there\n",
                                      std::string(4096, 'u'), "'; rm -rf / #", ""};
     std::vector<const char *> p;
+    p.reserve(urls.size());
     for (const auto &u : urls) p.push_back(u.c_str());
     char *msg = cmdlib::url_filter_message(p.data(), static_cast<int>(p.size()));
     ASSERT_NE(msg, nullptr);
