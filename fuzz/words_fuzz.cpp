@@ -1,4 +1,4 @@
-// libbase text services over arbitrary bytes: word splitting, field
+// Base library text services over arbitrary bytes: word splitting, field
 // stepping, exporter unquoting and the BigValue text form.
 #include <stdint.h>
 #include <string.h>

@@ -7,7 +7,8 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 bash "$ROOT/scripts/install-deps.sh"
 mkdir -p "${1:-$ROOT/build}"
 BUILD=$(cd "${1:-$ROOT/build}" && pwd)
-cmake -S "$ROOT" -B "$BUILD" -G Ninja >/dev/null
+# The device and its simulators are part of the test build.
+cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMDLIB_BUILD_TESTS=ON >/dev/null
 cmake --build "$BUILD" -j"$(nproc)" --target cmdlibctl device_sim >/dev/null
 CTL=$BUILD/cmdlibctl
 [[ -x $CTL ]] || { echo "demo: $CTL is not built" >&2; exit 1; }

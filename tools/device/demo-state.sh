@@ -2,7 +2,9 @@
 # A realistic router state for the demo, run inside a fresh device by
 # "run-in-device --state tools/device/demo-state.sh": the configuration in
 # the mdlcfg store and in the settings dump, module, status and version
-# files, factory identity, and a few LAN neighbours.
+# files, factory identity, WAN traffic through the router's NAT, the LAN
+# clients (leases, neighbours and the ARP scan agree on who is there) and
+# the USB modem whose serial ports the AT channel uses.
 set -e
 
 # Configuration store (what "mdlcfg -e/-g" answer).
@@ -82,16 +84,77 @@ mkdir -p /productinfo
 echo 867530012345678 >/productinfo/imei
 echo 02:00:c0:a8:01:01 >/productinfo/mac
 
-# WAN DNS servers and LAN neighbours (reachable clients on br0).
+# WAN: DNS servers and the gateway, as the dial tool records them; the
+# router forwards and masquerades LAN traffic to the WAN.
 echo "nameserver 10.64.0.53" >/var/run/resolv.conf
+echo 10.64.0.1 >/tmp/cmdlib/.wan_network_card_gateway
+sysctl -qw net.ipv4.ip_forward=1
+iptables -t nat -A POSTROUTING -o usb0 -j MASQUERADE
+
+# The internet behind the operator: a host that answers pings and a web
+# server, both in the operator's namespace.
+operator() { nsenter --net=/var/lib/device/ns/operator "$@"; }
+operator ip addr add 198.51.100.7/32 dev lo
+operator ip addr add 198.51.100.80/32 dev lo
+sleep 100000 | operator busybox nc -l -p 443 >/dev/null 2>&1 &
+
+# The LAN: the device's own LAN host 192.168.1.100 (fixed address), and
+# laptop-anna, a real host in a namespace of its own behind eth1 with a
+# DHCP lease and an open HTTPS connection through the router.  phone-ben
+# still holds a lease but has left: no neighbour entry, no scan answer.
+ip netns add laptop
+ip link add eth1 type veth peer name lap0
+ip link set lap0 netns laptop
+ip link set eth1 master br0 up
+ip -n laptop link set lap0 address 3c:22:fb:10:20:30 up
+ip -n laptop addr add 192.168.1.101/24 dev lap0
+ip -n laptop route add default via 192.168.1.1
+for _ in $(seq 50); do  # until the web server listens (at most 5 s)
+    operator ss -Hltn 'sport = :443' | grep -q . && break
+    sleep 0.1
+done
+sleep 100000 | ip netns exec laptop busybox nc 198.51.100.80 443 >/dev/null 2>&1 &
+busybox ping -c 1 -W 2 198.51.100.7 >/dev/null
 ip neigh replace 192.168.1.100 lladdr 02:00:c0:a8:01:64 dev br0 nud reachable
 ip neigh replace 192.168.1.101 lladdr 3c:22:fb:10:20:30 dev br0 nud reachable
-ip neigh replace 192.168.1.102 lladdr a4:83:e7:44:55:66 dev br0 nud stale
 ip neigh replace 10.64.0.1 lladdr 02:00:0a:40:00:01 dev usb0 nud reachable
-cat >/tmp/dnsmasq.leases <<'LEASES'
-1893456000 3c:22:fb:10:20:30 192.168.1.101 laptop-anna 01:3c:22:fb:10:20:30
-1893456000 a4:83:e7:44:55:66 192.168.1.102 phone-ben *
+# Leases end a day after they were granted (QX_DHCP_EXPIRE_TIME).
+now=$(date +%s)
+cat >/tmp/dnsmasq.leases <<LEASES
+$((now + 86400 - 3600)) 3c:22:fb:10:20:30 192.168.1.101 laptop-anna 01:3c:22:fb:10:20:30
+$((now + 86400 - 30000)) a4:83:e7:44:55:66 192.168.1.102 phone-ben *
 LEASES
+# The firmware's ARP scanner finds the hosts that answer on the LAN
+# ("MAC IP" lines).
+mkdir -p /var/lib/device/answers
+printf '02:00:c0:a8:01:64 192.168.1.100\n3c:22:fb:10:20:30 192.168.1.101\n' >/var/lib/device/answers/arpscan.out
+echo 0 >/var/lib/device/answers/arpscan.rc
+
+# The USB modem (2020:2033) on port 1-1.4, as the kernel lists it under
+# /proc/bus/usb and /sys/bus/usb: interfaces 0, 2 and 3 carry the serial
+# ports ttyUSB0 to ttyUSB2 (the AT channel is ttyUSB1), interface 1 is the
+# network function.  Fixture trees bound over /proc/bus and /sys/bus.
+usb=/var/lib/device/usb
+mkdir -p $usb/proc/usb $usb/sys/usb/drivers/usb/1-1.4
+cat >$usb/proc/usb/devices <<'DEVICES'
+T:  Bus=01 Lev=00 Prnt=00 Port=00 Cnt=00 Dev#=  1 Spd=480  MxCh= 1
+P:  Vendor=1d6b ProdID=0002 Rev= 5.10
+T:  Bus=01 Lev=02 Prnt=02 Port=03 Cnt=01 Dev#=  3 Spd=480  MxCh= 0
+P:  Vendor=2020 ProdID=2033 Rev= 3.18
+S:  Manufacturer=Fibocom Wireless Inc.
+S:  Product=FM350-GL
+DEVICES
+port=$usb/sys/usb/drivers/usb/1-1.4
+echo 2020 >$port/idVendor
+echo 2033 >$port/idProduct
+for iface in 0:ttyUSB0 1: 2:ttyUSB1 3:ttyUSB2; do
+    dir=$port/1-1.4:1.${iface%%:*}
+    mkdir -p "$dir"
+    printf '%02d\n' "${iface%%:*}" >"$dir/bInterfaceNumber"
+    [[ -n ${iface#*:} ]] && mkdir -p "$dir/${iface#*:}"
+done
+mount --bind $usb/proc /proc/bus
+mount --bind $usb/sys /sys/bus
 
 # The module answers ATI, and the DNS/DHCP daemon is running.
 mkdir -p /var/lib/device/sendat
