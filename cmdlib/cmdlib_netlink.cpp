@@ -37,37 +37,6 @@ char g_event_names[][24] = {
 static_assert(sizeof g_event_names / sizeof g_event_names[0] == NETLINK_EVENT_DELROUTE + 1,
               "a name per event and one for the rest");
 
-// Decodes one message whose bytes were checked and hands it to its
-// callback.  only: the kind an exported decoder handles (Other: any).
-void dispatch(uint16_t type, ByteReader msg, NLEventCallBackInfo *info, cmdlib::NetlinkKind only) {
-    cmdlib::NetlinkKind kind = cmdlib::netlink_kind(type);
-    if (only != cmdlib::NetlinkKind::Other && kind != only) return;
-    switch (kind) {
-        case cmdlib::NetlinkKind::Link: {
-            NetlinkLinkEventData d;
-            if (!cmdlib::decode_link(msg, &d)) return;
-            util_netlink_dump_NetlinkLinkEventData(1, &d);
-            if (info->on_link_changed) info->on_link_changed(&d);
-            break;
-        }
-        case cmdlib::NetlinkKind::Addr: {
-            NetlinkIPAddrEventData d;
-            if (!cmdlib::decode_addr(msg, &d)) return;
-            util_netlink_dump_NetlinkIPAddrEventData(1, &d);
-            if (info->on_ip_addr_changed) info->on_ip_addr_changed(&d);
-            break;
-        }
-        case cmdlib::NetlinkKind::Route: {
-            NetlinkRouteEventData d;
-            if (!cmdlib::decode_route(msg, &d)) return;
-            util_netlink_dump_NetlinkRouteEventData(1, &d);
-            if (info->on_route_info_changed) info->on_route_info_changed(&d);
-            break;
-        }
-        case cmdlib::NetlinkKind::Other: break;
-    }
-}
-
 // The exported decoders: the message is trusted to be nlmsg_len bytes long.
 void dispatch_trusted(const nlmsghdr *header, NLEventCallBackInfo *info, cmdlib::NetlinkKind only) {
     if (!header || !info) return;
@@ -78,7 +47,7 @@ void dispatch_trusted(const nlmsghdr *header, NLEventCallBackInfo *info, cmdlib:
     ByteReader head = msg;
     uint16_t type = 0;
     cmdlib::read_nlmsg_header(&head, &type);
-    dispatch(type, msg, info, only);
+    cmdlib::deliver_message(type, msg, *info, only);
 }
 
 UniqueFd open_monitor_socket(unsigned int events) {
@@ -126,12 +95,8 @@ CMDLIB_API int util_netlink_wait_for_events(unsigned int events, NLEventCallBack
         memset(buf, 0, sizeof buf);
         ssize_t n = recv(fd.get(), buf, sizeof buf, 0);
         if (n <= 0) continue;
-        cmdlib::walk_messages(buf, static_cast<size_t>(n), [&](uint16_t type, ByteReader msg) {
-            dispatch(type, msg, info, cmdlib::NetlinkKind::Other);
-            if (!info->return_immediately) return true;
+        if (cmdlib::deliver_buffer(buf, static_cast<size_t>(n), *info))
             keep_running.store(0, std::memory_order_relaxed);
-            return false;
-        });
     }
     return 0;
 }

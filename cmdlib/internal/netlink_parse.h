@@ -218,4 +218,49 @@ template <class Fn> void walk_messages(const uint8_t *buf, size_t len, Fn &&fn) 
     }
 }
 
+// Decodes one message whose length was checked and hands the record to
+// its callback.  only: the kind the caller handles (Other: any kind).
+inline void deliver_message(uint16_t type, ByteReader msg, const NLEventCallBackInfo &info,
+                            NetlinkKind only = NetlinkKind::Other) {
+    NetlinkKind kind = netlink_kind(type);
+    if (only != NetlinkKind::Other && kind != only) return;
+    switch (kind) {
+        case NetlinkKind::Link: {
+            NetlinkLinkEventData d;
+            if (!decode_link(msg, &d)) return;
+            util_netlink_dump_NetlinkLinkEventData(1, &d);
+            if (info.on_link_changed) info.on_link_changed(&d);
+            break;
+        }
+        case NetlinkKind::Addr: {
+            NetlinkIPAddrEventData d;
+            if (!decode_addr(msg, &d)) return;
+            util_netlink_dump_NetlinkIPAddrEventData(1, &d);
+            if (info.on_ip_addr_changed) info.on_ip_addr_changed(&d);
+            break;
+        }
+        case NetlinkKind::Route: {
+            NetlinkRouteEventData d;
+            if (!decode_route(msg, &d)) return;
+            util_netlink_dump_NetlinkRouteEventData(1, &d);
+            if (info.on_route_info_changed) info.on_route_info_changed(&d);
+            break;
+        }
+        case NetlinkKind::Other: break;
+    }
+}
+
+// Delivers the messages of one received buffer in order.  With
+// return_immediately the first message, whatever its type, is the last:
+// true is then returned and the monitor ends.
+inline bool deliver_buffer(const uint8_t *buf, size_t len, const NLEventCallBackInfo &info) {
+    bool stop = false;
+    walk_messages(buf, len, [&](uint16_t type, ByteReader msg) {
+        deliver_message(type, msg, info);
+        stop = info.return_immediately != 0;
+        return !stop;
+    });
+    return stop;
+}
+
 }  // namespace cmdlib
