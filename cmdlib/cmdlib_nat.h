@@ -21,37 +21,38 @@ CMDLIB_BEGIN_DECLS
 
 /* check_content bits: the field, the listing option it is compared with,
  * and the option the fix writes.  Other bits are ignored. */
-#define NAT_CHECK_CHAIN 0x1u            /* chain: "-A", or the first word after "-P" */
-#define NAT_CHECK_IN_INTERFACE 0x2u     /* in_interface: "-i" */
-#define NAT_CHECK_PROTOCOL 0x4u         /* protocol: "-p" */
-#define NAT_CHECK_DESTINATION 0x8u      /* destination: "-d" */
+#define NAT_CHECK_CHAIN 0x1u             /* chain: "-A", or the first word after "-P" */
+#define NAT_CHECK_IN_INTERFACE 0x2u      /* in_interface: "-i" */
+#define NAT_CHECK_PROTOCOL 0x4u          /* protocol: "-p" */
+#define NAT_CHECK_DESTINATION 0x8u       /* destination: "-d" */
 #define NAT_CHECK_DESTINATION_PORT 0x10u /* destination_port: "--dport" */
-#define NAT_CHECK_NAT 0x20u             /* nat: "--to-ports" (REDIRECT), "--to-destination"
-                                           (DNAT), "--to-source" (SNAT), "--reject-with" (REJECT) */
-#define NAT_CHECK_DEFAULT_POLICY 0x40u  /* default_policy: the second word after "-P" */
-#define NAT_CHECK_OUT_INTERFACE 0x80u   /* out_interface: "-o" */
-#define NAT_CHECK_JUMP_ACTION 0x100u    /* jump_action: "-j" */
-#define NAT_CHECK_SOURCE 0x200u         /* source: "-s" */
-#define NAT_CHECK_SOURCE_PORT 0x400u    /* source_port: "--sport" */
-#define NAT_CHECK_ICMP_TYPE 0x800u      /* icmp_type: "--icmp-type" or "--icmpv6-type" */
+#define NAT_CHECK_NAT                                                                      \
+    0x20u                              /* nat: "--to-ports" (REDIRECT), "--to-destination" \
+                                          (DNAT), "--to-source" (SNAT), "--reject-with" (REJECT) */
+#define NAT_CHECK_DEFAULT_POLICY 0x40u /* default_policy: the second word after "-P" */
+#define NAT_CHECK_OUT_INTERFACE 0x80u  /* out_interface: "-o" */
+#define NAT_CHECK_JUMP_ACTION 0x100u   /* jump_action: "-j" */
+#define NAT_CHECK_SOURCE 0x200u        /* source: "-s" */
+#define NAT_CHECK_SOURCE_PORT 0x400u   /* source_port: "--sport" */
+#define NAT_CHECK_ICMP_TYPE 0x800u     /* icmp_type: "--icmp-type" or "--icmpv6-type" */
 
 /* match_flags bits: how the fix writes the rule. */
-#define NAT_MATCH_IPV6 0x1u      /* ip6tables instead of iptables */
-#define NAT_MATCH_DELETE 0x8u    /* the rule must go: delete it while it is found */
+#define NAT_MATCH_IPV6 0x1u       /* ip6tables instead of iptables */
+#define NAT_MATCH_DELETE 0x8u     /* the rule must go: delete it while it is found */
 #define NAT_MATCH_NAT_TABLE 0x10u /* the rule lives in the nat table ("-t nat") */
 
 typedef struct NATEntryChecker {
     char chain[16];
     char in_interface[32];
     char out_interface[32];
-    char protocol[16];          /* "icmp", "icmpv6", "tcp", ... */
-    char destination[64];       /* address or network */
-    char destination_port[16];  /* port or range */
+    char protocol[16];         /* "icmp", "icmpv6", "tcp", ... */
+    char destination[64];      /* address or network */
+    char destination_port[16]; /* port or range */
     char source[64];
     char source_port[16];
-    char nat[64];               /* argument of the target: port(s), address or reject type */
+    char nat[64]; /* argument of the target: port(s), address or reject type */
     char default_policy[16];
-    char jump_action[16];       /* "DNAT", "SNAT", "REDIRECT", "REJECT" or any other target */
+    char jump_action[16]; /* "DNAT", "SNAT", "REDIRECT", "REJECT" or any other target */
     char icmp_type[64];
     unsigned int match_flags;   /* NAT_MATCH_* bits */
     int match_count;            /* matching rule lines; the caller sets it to 0 */

@@ -30,8 +30,8 @@ constexpr int kReceiveBufferBytes = 20480;  // SO_RCVBUF of the monitor socket
 constexpr size_t kReadBytes = 2048;         // one read; a link message is about 1.5 KB
 
 char g_event_names[][24] = {
-    "unknown event",          "NETLINK_EVENT_NEWLINK",  "NETLINK_EVENT_DELLINK",
-    "NETLINK_EVENT_NEWADDR",  "NETLINK_EVENT_DELADDR",  "NETLINK_EVENT_NEWROUTE",
+    "unknown event",          "NETLINK_EVENT_NEWLINK", "NETLINK_EVENT_DELLINK",
+    "NETLINK_EVENT_NEWADDR",  "NETLINK_EVENT_DELADDR", "NETLINK_EVENT_NEWROUTE",
     "NETLINK_EVENT_DELROUTE",
 };
 static_assert(sizeof g_event_names / sizeof g_event_names[0] == NETLINK_EVENT_DELROUTE + 1,
@@ -79,7 +79,8 @@ Wait wait_readable(int fd, int timeout_seconds) {
 
 extern "C" {
 
-CMDLIB_API int util_netlink_wait_for_events(unsigned int events, NLEventCallBackInfo *nl_event_handler_info) {
+CMDLIB_API int util_netlink_wait_for_events(unsigned int events,
+                                            NLEventCallBackInfo *nl_event_handler_info) {
     NLEventCallBackInfo *info = nl_event_handler_info;
     if (!info) return -1;
     UniqueFd fd = open_monitor_socket(events);
@@ -101,7 +102,8 @@ CMDLIB_API int util_netlink_wait_for_events(unsigned int events, NLEventCallBack
     return 0;
 }
 
-CMDLIB_API int util_netlink_wait_for_link_changed_events(NLEventCallBackInfo *nl_event_handler_info) {
+CMDLIB_API int util_netlink_wait_for_link_changed_events(
+    NLEventCallBackInfo *nl_event_handler_info) {
     return util_netlink_wait_for_events(RTMGRP_LINK, nl_event_handler_info);
 }
 
@@ -120,12 +122,14 @@ CMDLIB_API void util_netlink_on_new_delete_route(struct nlmsghdr *nl_msg_header,
     dispatch_trusted(nl_msg_header, nl_event_handler_info, cmdlib::NetlinkKind::Route);
 }
 
-CMDLIB_API void util_netlink_parse_rtattr(struct rtattr **rtattr_list, int max, struct rtattr *attr, int len) {
+CMDLIB_API void util_netlink_parse_rtattr(struct rtattr **rtattr_list, int max, struct rtattr *attr,
+                                          int len) {
     if (!rtattr_list || !attr || max < 0 || len <= 0) return;
     auto *base = reinterpret_cast<uint8_t *>(attr);
     cmdlib::walk_attributes(ByteReader(base, static_cast<size_t>(len)),
                             [&](uint16_t type, size_t offset, ByteReader) {
-                                if (type <= max) rtattr_list[type] = reinterpret_cast<rtattr *>(base + offset);
+                                if (type <= max)
+                                    rtattr_list[type] = reinterpret_cast<rtattr *>(base + offset);
                             });
 }
 
@@ -145,20 +149,23 @@ CMDLIB_API void util_netlink_dump_NetlinkLinkEventData(int via_syslog, NetlinkLi
            CMDLIB_FIELD(data->mac_addr), data->mtu, data->interface_up, data->interface_running);
 }
 
-CMDLIB_API void util_netlink_dump_NetlinkIPAddrEventData(int via_syslog, NetlinkIPAddrEventData *data) {
+CMDLIB_API void util_netlink_dump_NetlinkIPAddrEventData(int via_syslog,
+                                                         NetlinkIPAddrEventData *data) {
     if (via_syslog != 0 || !data) return;
     printf("\naddress event %s : name: %.*s address_type: %d prefix_len: %d ip_address: %.*s\n",
            util_netlink_event_to_string(data->event), CMDLIB_FIELD(data->interface_name),
            data->address_type, data->prefix_len, CMDLIB_FIELD(data->ip_address));
 }
 
-CMDLIB_API void util_netlink_dump_NetlinkRouteEventData(int via_syslog, NetlinkRouteEventData *data) {
+CMDLIB_API void util_netlink_dump_NetlinkRouteEventData(int via_syslog,
+                                                        NetlinkRouteEventData *data) {
     if (via_syslog != 0 || !data) return;
-    printf("\nroute event %s : in_interface_name: %.*s out_interface_name: %.*s address_type: %d "
-           "src_len: %d dst_len: %d src_addr: %.*s dest_addr: %.*s gateway: %.*s\n",
-           util_netlink_event_to_string(data->event), CMDLIB_FIELD(data->in_interface_name),
-           CMDLIB_FIELD(data->out_interface_name), data->address_type, data->src_len, data->dst_len,
-           CMDLIB_FIELD(data->src_addr), CMDLIB_FIELD(data->dest_addr), CMDLIB_FIELD(data->gateway));
+    printf(
+        "\nroute event %s : in_interface_name: %.*s out_interface_name: %.*s address_type: %d "
+        "src_len: %d dst_len: %d src_addr: %.*s dest_addr: %.*s gateway: %.*s\n",
+        util_netlink_event_to_string(data->event), CMDLIB_FIELD(data->in_interface_name),
+        CMDLIB_FIELD(data->out_interface_name), data->address_type, data->src_len, data->dst_len,
+        CMDLIB_FIELD(data->src_addr), CMDLIB_FIELD(data->dest_addr), CMDLIB_FIELD(data->gateway));
 }
 
 #undef CMDLIB_FIELD

@@ -45,23 +45,23 @@ typedef struct NetlinkLinkEventData {
 } NetlinkLinkEventData;
 
 typedef struct NetlinkIPAddrEventData {
-    NetlinkEvent event;        /* NEWADDR or DELADDR */
-    char interface_name[64];   /* IFA_LABEL; empty when absent, as is usual for IPv6 */
+    NetlinkEvent event;         /* NEWADDR or DELADDR */
+    char interface_name[64];    /* IFA_LABEL; empty when absent, as is usual for IPv6 */
     IPAddressType address_type; /* 4 for AF_INET, else 6 */
     int prefix_len;
-    char ip_address[96];       /* IFA_ADDRESS as text */
+    char ip_address[96]; /* IFA_ADDRESS as text */
 } NetlinkIPAddrEventData;
 
 typedef struct NetlinkRouteEventData {
-    NetlinkEvent event;           /* NEWROUTE or DELROUTE */
-    char in_interface_name[64];   /* always empty */
-    char out_interface_name[64];  /* always empty */
-    IPAddressType address_type;   /* 4 for AF_INET, else 6 */
+    NetlinkEvent event;          /* NEWROUTE or DELROUTE */
+    char in_interface_name[64];  /* always empty */
+    char out_interface_name[64]; /* always empty */
+    IPAddressType address_type;  /* 4 for AF_INET, else 6 */
     int src_len;
     int dst_len;
-    char src_addr[96];            /* RTA_SRC as text, empty when absent */
-    char dest_addr[96];           /* RTA_DST as text, empty when absent (the default route) */
-    char gateway[96];             /* RTA_GATEWAY as text, empty when absent */
+    char src_addr[96];  /* RTA_SRC as text, empty when absent */
+    char dest_addr[96]; /* RTA_DST as text, empty when absent (the default route) */
+    char gateway[96];   /* RTA_GATEWAY as text, empty when absent */
 } NetlinkRouteEventData;
 
 /* Callbacks get a record that lives only for the call; their result is
@@ -74,8 +74,8 @@ typedef struct NLEventCallBackInfo {
     int return_immediately;  /* return after the first message read */
     int timeout;             /* seconds per wait; 0 waits without limit */
     int return_when_timeout; /* return 0 when a wait times out; else wait again */
-    nl_event_callback_func_for_link on_link_changed;       /* may be null */
-    nl_event_callback_func_for_ip_addr on_ip_addr_changed; /* may be null */
+    nl_event_callback_func_for_link on_link_changed;        /* may be null */
+    nl_event_callback_func_for_ip_addr on_ip_addr_changed;  /* may be null */
     nl_event_callback_func_for_route on_route_info_changed; /* may be null */
 } NLEventCallBackInfo;
 
@@ -92,9 +92,11 @@ typedef struct NLEventCallBackInfo {
  * The first return_immediately return ends every monitor of the process
  * for good: later calls (and monitors on other threads, at their next
  * wake-up) return 0 without delivering anything. */
-CMDLIB_API int util_netlink_wait_for_events(unsigned int events, NLEventCallBackInfo *nl_event_handler_info);
+CMDLIB_API int util_netlink_wait_for_events(unsigned int events,
+                                            NLEventCallBackInfo *nl_event_handler_info);
 /* The same with events = 1 (the link group). */
-CMDLIB_API int util_netlink_wait_for_link_changed_events(NLEventCallBackInfo *nl_event_handler_info);
+CMDLIB_API int util_netlink_wait_for_link_changed_events(
+    NLEventCallBackInfo *nl_event_handler_info);
 
 /* Decoders of one message, called by the monitor; they return at once for
  * other message types, null arguments or a message shorter than its
@@ -115,7 +117,8 @@ CMDLIB_API void util_netlink_on_new_delete_route(struct nlmsghdr *nl_msg_header,
  * first attribute shorter than its header or longer than what remains;
  * nothing outside [attr, attr + len) is read.  The caller zeroes the max + 1
  * entries first; absent attributes stay null. */
-CMDLIB_API void util_netlink_parse_rtattr(struct rtattr **rtattr_list, int max, struct rtattr *attr, int len);
+CMDLIB_API void util_netlink_parse_rtattr(struct rtattr **rtattr_list, int max, struct rtattr *attr,
+                                          int len);
 
 /* "NETLINK_EVENT_NEWLINK" ... "NETLINK_EVENT_DELROUTE", or "unknown event". */
 CMDLIB_API char *util_netlink_event_to_string(NetlinkEvent event);
@@ -123,8 +126,10 @@ CMDLIB_API char *util_netlink_event_to_string(NetlinkEvent event);
 /* Print a record to standard output between two newlines when via_syslog
  * is 0; with any other value nothing is written (the decoders pass 1). */
 CMDLIB_API void util_netlink_dump_NetlinkLinkEventData(int via_syslog, NetlinkLinkEventData *data);
-CMDLIB_API void util_netlink_dump_NetlinkIPAddrEventData(int via_syslog, NetlinkIPAddrEventData *data);
-CMDLIB_API void util_netlink_dump_NetlinkRouteEventData(int via_syslog, NetlinkRouteEventData *data);
+CMDLIB_API void util_netlink_dump_NetlinkIPAddrEventData(int via_syslog,
+                                                         NetlinkIPAddrEventData *data);
+CMDLIB_API void util_netlink_dump_NetlinkRouteEventData(int via_syslog,
+                                                        NetlinkRouteEventData *data);
 
 CMDLIB_END_DECLS
 

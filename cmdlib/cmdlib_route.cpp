@@ -21,7 +21,8 @@ CMDLIB_API int util_route_check_if_route_exist(const char *route_n_result_file,
     return opened ? 0 : -1;
 }
 
-CMDLIB_API void util_route_fix_route_entry(RouteEntryChecker *route_checker, int route_checker_count) {
+CMDLIB_API void util_route_fix_route_entry(RouteEntryChecker *route_checker,
+                                           int route_checker_count) {
     if (!route_checker) return;
     for (int i = 0; i < route_checker_count; ++i) {
         const RouteEntryChecker &c = route_checker[i];

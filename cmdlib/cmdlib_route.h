@@ -25,11 +25,11 @@ CMDLIB_BEGIN_DECLS
 #define ROUTE_CHECK_INTERFACE 0x8u /* column 8, Iface */
 
 typedef struct RouteEntryChecker {
-    char dest_IP[64];   /* "0.0.0.0" for the default route */
-    char netmask[64];   /* "255.255.255.255" for a host route */
+    char dest_IP[64]; /* "0.0.0.0" for the default route */
+    char netmask[64]; /* "255.255.255.255" for a host route */
     char gateway[64];
-    char interface[64]; /* device name */
-    int match_count;    /* matching listing lines; the caller sets it to 0 */
+    char interface[64];         /* device name */
+    int match_count;            /* matching listing lines; the caller sets it to 0 */
     unsigned int check_content; /* ROUTE_CHECK_* bits; 0 disables the checker */
 } RouteEntryChecker;
 

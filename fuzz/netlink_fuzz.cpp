@@ -13,7 +13,8 @@
 
 namespace {
 
-template <size_t N> void check_text(const char (&field)[N]) {
+template <size_t N>
+void check_text(const char (&field)[N]) {
     if (!memchr(field, '\0', N)) __builtin_trap();
 }
 void check_type(IPAddressType t) {
@@ -24,7 +25,8 @@ int on_link(NetlinkLinkEventData *d) {
     check_text(d->interface_name);
     check_text(d->mac_addr);
     if (d->event != NETLINK_EVENT_NEWLINK && d->event != NETLINK_EVENT_DELLINK) __builtin_trap();
-    if (d->event == NETLINK_EVENT_DELLINK && (d->interface_up || d->interface_running)) __builtin_trap();
+    if (d->event == NETLINK_EVENT_DELLINK && (d->interface_up || d->interface_running))
+        __builtin_trap();
     return 0;
 }
 int on_addr(NetlinkIPAddrEventData *d) {
@@ -65,7 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
     rtattr *index[31] = {};
     std::vector<uint8_t> copy(data, data + size);
-    util_netlink_parse_rtattr(index, 30, reinterpret_cast<rtattr *>(copy.data()), static_cast<int>(size));
+    util_netlink_parse_rtattr(index, 30, reinterpret_cast<rtattr *>(copy.data()),
+                              static_cast<int>(size));
     for (rtattr *a : index) {
         auto *p = reinterpret_cast<uint8_t *>(a);
         if (a && (p < copy.data() || p + 4 > copy.data() + size)) __builtin_trap();

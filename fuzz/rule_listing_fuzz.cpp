@@ -16,7 +16,8 @@ namespace {
 
 // Fills the text fields of a checker record with consecutive pieces of
 // the input; the last field may be filled to its width, unterminated.
-template <class Record, size_t N> void fill(Record *r, const cmdlib::RecordText (&fields)[N], std::string_view text) {
+template <class Record, size_t N>
+void fill(Record *r, const cmdlib::RecordText (&fields)[N], std::string_view text) {
     size_t at = 0;
     for (size_t i = 0; i < N; ++i) {
         char *f = reinterpret_cast<char *>(r) + fields[i].offset;
@@ -43,11 +44,24 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fill(&nat[2], cmdlib::kNatFieldText, text);
     nat[2].check_content = 0xffffffffu;
     nat[3].check_content = 0x1000;  // no known bit: matches every counting line
+    NATEntryChecker plain[4];
+    memcpy(plain, nat, sizeof nat);
     cmdlib::TextLineReader<256> r(text);
     int lines = cmdlib::count_nat_matches(r, nat, 4);
     int total = 0;
     for (const auto &c : nat) total += c.match_count;
     if (lines < 0 || total != lines) __builtin_trap();
+    // the hashed lookup counts as the plain scan of every checker does
+    cmdlib::TextLineReader<256> again(text);
+    std::string_view line, words[cmdlib::kListingMaxWords];
+    cmdlib::NatRule rule;
+    while (again.next(&line)) {
+        size_t n = cmdlib::split_words(line, cmdlib::kBlankOrEol, words, cmdlib::kListingMaxWords);
+        cmdlib::parse_nat_rule(words, n, &rule);
+        if (n >= 2) cmdlib::count_nat_rule(rule, plain, 4);
+    }
+    for (int i = 0; i < 4; ++i)
+        if (plain[i].match_count != nat[i].match_count) __builtin_trap();
 
     RouteEntryChecker route[2];
     memset(route, 0, sizeof route);
@@ -66,7 +80,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         c.append_item = static_cast<int>(size & 2);
         cmdlib::CommandLine<256> cmd;
         bool ok = cmdlib::nat_fix_command(c, &cmd);
-        if (ok != cmd.ok() || strlen(cmd.c_str()) > 255 || (!ok && cmd.c_str()[0])) __builtin_trap();
+        if (ok != cmd.ok() || strlen(cmd.c_str()) > 255 || (!ok && cmd.c_str()[0]))
+            __builtin_trap();
     }
     for (const auto &c : route) {
         cmdlib::CommandLine<256> cmd;

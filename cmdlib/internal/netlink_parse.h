@@ -59,7 +59,8 @@ inline bool host32(ByteReader &r, uint32_t *out) { return r.bytes(out, sizeof *o
 // Calls fn(type, offset, payload) for each attribute of r, offset counted
 // from r's start.  Loop invariant: the attribute's length is at least its
 // header and at most what remains; the first one that is not ends the walk.
-template <class Fn> void walk_attributes(ByteReader r, Fn &&fn) {
+template <class Fn>
+void walk_attributes(ByteReader r, Fn &&fn) {
     while (r.remaining() >= kRtattrHeaderSize) {
         size_t offset = r.offset();
         ByteReader head = r;
@@ -76,7 +77,8 @@ template <class Fn> void walk_attributes(ByteReader r, Fn &&fn) {
 
 // Payloads by attribute number 0..Max; an absent one is an empty reader
 // with a null start.
-template <size_t Max> struct AttrIndex {
+template <size_t Max>
+struct AttrIndex {
     ByteReader at[Max + 1];
 
     explicit AttrIndex(ByteReader attrs) {
@@ -84,11 +86,14 @@ template <size_t Max> struct AttrIndex {
             if (type <= Max) at[type] = payload;  // a later one replaces an earlier one
         });
     }
-    [[nodiscard]] bool has(uint16_t type) const { return type <= Max && at[type].current() != nullptr; }
+    [[nodiscard]] bool has(uint16_t type) const {
+        return type <= Max && at[type].current() != nullptr;
+    }
 };
 
 // A string attribute, up to its first NUL, cut to the field's width.
-template <size_t Max, size_t N> void attr_text(const AttrIndex<Max> &a, uint16_t type, char (&out)[N]) {
+template <size_t Max, size_t N>
+void attr_text(const AttrIndex<Max> &a, uint16_t type, char (&out)[N]) {
     if (!a.has(type)) return;
     ByteReader p = a.at[type];
     std::string_view s(reinterpret_cast<const char *>(p.current()), p.remaining());
@@ -190,12 +195,16 @@ enum class NetlinkKind : uint8_t { Other, Link, Addr, Route };
 [[nodiscard]] constexpr NetlinkKind netlink_kind(uint16_t type) {
     switch (type) {
         case kRtmNewLink:
-        case kRtmDelLink: return NetlinkKind::Link;
+        case kRtmDelLink:
+            return NetlinkKind::Link;
         case kRtmNewAddr:
-        case kRtmDelAddr: return NetlinkKind::Addr;
+        case kRtmDelAddr:
+            return NetlinkKind::Addr;
         case kRtmNewRoute:
-        case kRtmDelRoute: return NetlinkKind::Route;
-        default: return NetlinkKind::Other;
+        case kRtmDelRoute:
+            return NetlinkKind::Route;
+        default:
+            return NetlinkKind::Other;
     }
 }
 
@@ -203,7 +212,8 @@ enum class NetlinkKind : uint8_t { Other, Link, Addr, Route };
 // over exactly its nlmsg_len bytes; fn returns false to stop.  Loop
 // invariant: a message's length is at least its header and at most what
 // remains; the first one that is not ends the walk.
-template <class Fn> void walk_messages(const uint8_t *buf, size_t len, Fn &&fn) {
+template <class Fn>
+void walk_messages(const uint8_t *buf, size_t len, Fn &&fn) {
     ByteReader r(buf, len);
     while (r.remaining() >= kNlmsgHeaderSize) {
         ByteReader head = r;
@@ -246,7 +256,8 @@ inline void deliver_message(uint16_t type, ByteReader msg, const NLEventCallBack
             if (info.on_route_info_changed) info.on_route_info_changed(&d);
             break;
         }
-        case NetlinkKind::Other: break;
+        case NetlinkKind::Other:
+            break;
     }
 }
 

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "base/internal/command_line.h"
+#include "base/internal/raii.h"
 #include "base/internal/text.h"
 #include "cmdlib/cmdlib_nat.h"
 #include "cmdlib/cmdlib_route.h"
@@ -73,9 +74,9 @@ template <bool NoCase>
 constexpr size_t kRouteListingWords = 8;
 
 struct RouteColumn {
-    unsigned bit;     // ROUTE_CHECK_*
-    size_t word;      // 0-based word of the listing line
-    RecordText field; // field of RouteEntryChecker
+    unsigned bit;      // ROUTE_CHECK_*
+    size_t word;       // 0-based word of the listing line
+    RecordText field;  // field of RouteEntryChecker
 };
 
 constexpr RouteColumn kRouteColumns[] = {
@@ -92,10 +93,11 @@ static_assert(sizeof kRouteColumns / sizeof kRouteColumns[0] == 4, "four route c
     return split_words(line, kBlankOrEol, words, kRouteListingWords) == kRouteListingWords;
 }
 
-[[nodiscard]] inline bool route_checker_matches(const RouteEntryChecker &c,
-                                                const std::string_view (&words)[kRouteListingWords]) {
+[[nodiscard]] inline bool route_checker_matches(
+    const RouteEntryChecker &c, const std::string_view (&words)[kRouteListingWords]) {
     for (const RouteColumn &col : kRouteColumns)
-        if ((c.check_content & col.bit) && !record_text_equals<false>(&c, col.field, words[col.word]))
+        if ((c.check_content & col.bit) &&
+            !record_text_equals<false>(&c, col.field, words[col.word]))
             return false;
     return true;
 }
@@ -110,7 +112,8 @@ inline void count_route_line(const std::string_view (&words)[kRouteListingWords]
     }
 }
 
-template <class Reader> void count_route_matches(Reader &r, RouteEntryChecker *checkers, int count) {
+template <class Reader>
+void count_route_matches(Reader &r, RouteEntryChecker *checkers, int count) {
     std::string_view line;
     std::string_view words[kRouteListingWords];
     while (r.next(&line))
@@ -118,7 +121,8 @@ template <class Reader> void count_route_matches(Reader &r, RouteEntryChecker *c
 }
 
 // The command that adds the checker's route; false when it does not fit.
-template <size_t N> bool route_fix_command(const RouteEntryChecker &c, CommandLine<N> *cmd) {
+template <size_t N>
+bool route_fix_command(const RouteEntryChecker &c, CommandLine<N> *cmd) {
     auto text = [&](const RouteColumn &col) { return record_text(&c, col.field); };
     std::string_view dest = text(kRouteColumns[0]), gateway = text(kRouteColumns[1]),
                      netmask = text(kRouteColumns[2]), dev = text(kRouteColumns[3]);
@@ -143,18 +147,18 @@ template <size_t N> bool route_fix_command(const RouteEntryChecker &c, CommandLi
 
 // The NAT checker's fields, in check_content bit order: name, member of
 // NATEntryChecker, bit.
-#define CMDLIB_NAT_FIELDS(X)                                      \
-    X(Chain, chain, NAT_CHECK_CHAIN)                              \
-    X(InInterface, in_interface, NAT_CHECK_IN_INTERFACE)          \
-    X(Protocol, protocol, NAT_CHECK_PROTOCOL)                     \
-    X(Destination, destination, NAT_CHECK_DESTINATION)            \
+#define CMDLIB_NAT_FIELDS(X)                                         \
+    X(Chain, chain, NAT_CHECK_CHAIN)                                 \
+    X(InInterface, in_interface, NAT_CHECK_IN_INTERFACE)             \
+    X(Protocol, protocol, NAT_CHECK_PROTOCOL)                        \
+    X(Destination, destination, NAT_CHECK_DESTINATION)               \
     X(DestinationPort, destination_port, NAT_CHECK_DESTINATION_PORT) \
-    X(Nat, nat, NAT_CHECK_NAT)                                    \
-    X(DefaultPolicy, default_policy, NAT_CHECK_DEFAULT_POLICY)    \
-    X(OutInterface, out_interface, NAT_CHECK_OUT_INTERFACE)       \
-    X(JumpAction, jump_action, NAT_CHECK_JUMP_ACTION)             \
-    X(Source, source, NAT_CHECK_SOURCE)                           \
-    X(SourcePort, source_port, NAT_CHECK_SOURCE_PORT)             \
+    X(Nat, nat, NAT_CHECK_NAT)                                       \
+    X(DefaultPolicy, default_policy, NAT_CHECK_DEFAULT_POLICY)       \
+    X(OutInterface, out_interface, NAT_CHECK_OUT_INTERFACE)          \
+    X(JumpAction, jump_action, NAT_CHECK_JUMP_ACTION)                \
+    X(Source, source, NAT_CHECK_SOURCE)                              \
+    X(SourcePort, source_port, NAT_CHECK_SOURCE_PORT)                \
     X(IcmpType, icmp_type, NAT_CHECK_ICMP_TYPE)
 
 enum NatField : uint8_t {
@@ -180,9 +184,9 @@ CMDLIB_NAT_FIELDS(CMDLIB_NAT_BIT_CHECK)
 constexpr uint32_t kNatKnownBits = (1u << kNatFieldCount) - 1;
 
 enum class NatOptionKind : uint8_t {
-    Value,          // the next word is the field
-    ChainAndPolicy, // "-P CHAIN POLICY": only with both words
-    TargetArgument, // the next word is the target's argument, only after that target
+    Value,           // the next word is the field
+    ChainAndPolicy,  // "-P CHAIN POLICY": only with both words
+    TargetArgument,  // the next word is the target's argument, only after that target
 };
 
 struct NatOption {
@@ -249,7 +253,8 @@ constexpr void parse_nat_rule(const std::string_view *w, size_t n, NatRule *rule
                 i += 2;
                 break;
             case NatOptionKind::TargetArgument:
-                if (!rule->has(kNatJumpAction) || rule->value[kNatJumpAction] != o->qualifier) continue;
+                if (!rule->has(kNatJumpAction) || rule->value[kNatJumpAction] != o->qualifier)
+                    continue;
                 rule->set(o->field, w[++i]);
                 break;
             case NatOptionKind::Value:
@@ -279,19 +284,122 @@ inline void count_nat_rule(const NatRule &rule, NATEntryChecker *checkers, int c
     }
 }
 
+// FNV-1a of the text with ASCII case ignored.
+[[nodiscard]] constexpr uint32_t hash_nocase(std::string_view s) {
+    uint32_t h = 2166136261u;
+    for (char c : s) {
+        h ^= static_cast<uint8_t>(ascii_lower(c));
+        h *= 16777619u;
+    }
+    return h;
+}
+
+// The field a checker is looked up by: the first it selects in this order,
+// the fields that tell rules apart best coming first.
+constexpr NatField kNatKeyOrder[] = {
+    kNatDestinationPort, kNatSourcePort,  kNatSource,       kNatDestination, kNatNat,
+    kNatIcmpType,        kNatInInterface, kNatOutInterface, kNatProtocol,    kNatJumpAction,
+    kNatDefaultPolicy,   kNatChain,
+};
+static_assert(sizeof kNatKeyOrder / sizeof kNatKeyOrder[0] == kNatFieldCount,
+              "every field can be a key");
+
+// The enabled checkers hashed by the value of their key field, so a rule
+// line is compared only with the checkers whose key value it carries: a
+// pass costs about the same whatever the number of checkers.  Each bucket
+// chain runs in array order, and the lowest index that matches wins, as in
+// the plain scan.
+class NatCheckerIndex {
+  public:
+    NatCheckerIndex(const NATEntryChecker *checkers, int count)
+        : c_(checkers),
+          count_(count > 0 ? static_cast<size_t>(count) : 0),
+          buckets_(bucket_count(count_)),
+          head_(buckets_),
+          next_(count_),
+          hash_(count_),
+          key_(count_) {
+        if (!ok()) return;
+        for (size_t b = 0; b < buckets_; ++b) head_.get()[b] = -1;
+        for (size_t i = count_; i-- > 0;) {  // from the end, so each chain is in array order
+            uint32_t want = c_[i].check_content & kNatKnownBits;
+            if (c_[i].check_content == 0) continue;
+            if (want == 0) {  // only unknown bits: matches every line
+                always_ = static_cast<int>(i);
+                continue;
+            }
+            NatField f = kNatChain;
+            for (NatField k : kNatKeyOrder)
+                if ((want >> k) & 1u) {
+                    f = k;
+                    break;
+                }
+            key_.get()[i] = f;
+            hash_.get()[i] = hash_nocase(record_text(&c_[i], kNatFieldText[f]));
+            int *head = &head_.get()[bucket(f, hash_.get()[i])];
+            next_.get()[i] = *head;
+            *head = static_cast<int>(i);
+            keyed_ |= 1u << f;
+        }
+    }
+
+    // false when memory was short: the caller scans the checkers instead.
+    [[nodiscard]] bool ok() const { return head_ && next_ && hash_ && key_; }
+
+    // The index of the first checker in array order that matches, or -1.
+    [[nodiscard]] int first_match(const NatRule &rule) const {
+        int best = always_ >= 0 ? always_ : static_cast<int>(count_);
+        for (uint32_t fields = keyed_ & rule.present; fields; fields &= fields - 1) {
+            auto f = static_cast<NatField>(__builtin_ctz(fields));
+            uint32_t h = hash_nocase(rule.value[f]);
+            for (int i = head_.get()[bucket(f, h)]; i >= 0 && i < best; i = next_.get()[i]) {
+                if (key_.get()[i] == f && hash_.get()[i] == h && nat_checker_matches(c_[i], rule)) {
+                    best = i;
+                    break;
+                }
+            }
+        }
+        return best < static_cast<int>(count_) ? best : -1;
+    }
+
+  private:
+    static size_t bucket_count(size_t n) {
+        size_t b = 1;
+        while (b < 2 * n) b <<= 1;
+        return b;
+    }
+    [[nodiscard]] size_t bucket(NatField f, uint32_t h) const {
+        return (h ^ (static_cast<uint32_t>(f) * 0x9e3779b9u)) & (buckets_ - 1);
+    }
+
+    const NATEntryChecker *c_;
+    size_t count_, buckets_;
+    UniqueMalloc<int> head_, next_;
+    UniqueMalloc<uint32_t> hash_;
+    UniqueMalloc<uint8_t> key_;
+    int always_ = -1;
+    uint32_t keyed_ = 0;  // the fields some checker is keyed on
+};
+
 // Counts the matches over a listing; returns the number of counting lines
 // (lines of at least two words).
-template <class Reader> int count_nat_matches(Reader &r, NATEntryChecker *checkers, int count) {
+template <class Reader>
+int count_nat_matches(Reader &r, NATEntryChecker *checkers, int count) {
     std::string_view line;
     std::string_view words[kListingMaxWords];
     NatRule rule;
+    NatCheckerIndex index(checkers, count);
     int lines = 0;
     while (r.next(&line)) {
         size_t n = split_words(line, kBlankOrEol, words, kListingMaxWords);
         if (n < 2) continue;
         ++lines;
         parse_nat_rule(words, n, &rule);
-        count_nat_rule(rule, checkers, count);
+        if (!index.ok()) {
+            count_nat_rule(rule, checkers, count);
+        } else if (int i = index.first_match(rule); i >= 0) {
+            ++checkers[i].match_count;
+        }
     }
     return lines;
 }
@@ -322,7 +430,8 @@ template <class Reader> int count_nat_matches(Reader &r, NATEntryChecker *checke
 // field: the ICMP type's on the protocol, the target argument's on the
 // target.  Empty when that other field names none.
 [[nodiscard]] inline std::string_view nat_dependent_option(const NATEntryChecker &c, NatField f) {
-    std::string_view by = record_text(&c, kNatFieldText[f == kNatIcmpType ? kNatProtocol : kNatJumpAction]);
+    std::string_view by =
+        record_text(&c, kNatFieldText[f == kNatIcmpType ? kNatProtocol : kNatJumpAction]);
     for (const NatOption &o : kNatOptions)
         if (o.field == f && !o.qualifier.empty() && equals_nocase(o.qualifier, by)) return o.text;
     return {};
@@ -335,15 +444,23 @@ struct NatFixPiece {
     std::string_view option;
 };
 constexpr NatFixPiece kNatFixOrder[] = {
-    {kNatInInterface, "-i"}, {kNatOutInterface, "-o"},        {kNatProtocol, "-p"},
-    {kNatIcmpType, {}},      {kNatDestination, "-d"},         {kNatDestinationPort, "--dport"},
-    {kNatSource, "-s"},      {kNatSourcePort, "--sport"},     {kNatDefaultPolicy, "-P"},
-    {kNatJumpAction, "-j"},  {kNatNat, {}},
+    {kNatInInterface, "-i"},
+    {kNatOutInterface, "-o"},
+    {kNatProtocol, "-p"},
+    {kNatIcmpType, {}},
+    {kNatDestination, "-d"},
+    {kNatDestinationPort, "--dport"},
+    {kNatSource, "-s"},
+    {kNatSourcePort, "--sport"},
+    {kNatDefaultPolicy, "-P"},
+    {kNatJumpAction, "-j"},
+    {kNatNat, {}},
 };
 
 // The command that adds or deletes the checker's rule; false when it does
 // not fit.
-template <size_t N> bool nat_fix_command(const NATEntryChecker &c, CommandLine<N> *cmd) {
+template <size_t N>
+bool nat_fix_command(const NATEntryChecker &c, CommandLine<N> *cmd) {
     cmd->format("%s", (c.match_flags & NAT_MATCH_IPV6) ? "ip6tables" : "iptables");
     if (nat_fix_writes_chain(c)) {
         if (c.match_flags & NAT_MATCH_NAT_TABLE) cmd->append(" -t nat");

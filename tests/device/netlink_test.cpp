@@ -2,6 +2,7 @@
 // child process (its stop flag is process-wide, and it blocks), bound to
 // the groups under test, printing each record with the library's dump; the
 // test changes the kernel with ip and reads what the child saw.
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/rtnetlink.h>
 #include <poll.h>
@@ -9,8 +10,6 @@
 #include <stdio.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <dirent.h>
 
 #include <sstream>
 #include <string>
@@ -23,9 +22,15 @@ namespace {
 
 using devtest::ip;
 
-int print_link(NetlinkLinkEventData *d) { return util_netlink_dump_NetlinkLinkEventData(0, d), fflush(stdout); }
-int print_addr(NetlinkIPAddrEventData *d) { return util_netlink_dump_NetlinkIPAddrEventData(0, d), fflush(stdout); }
-int print_route(NetlinkRouteEventData *d) { return util_netlink_dump_NetlinkRouteEventData(0, d), fflush(stdout); }
+int print_link(NetlinkLinkEventData *d) {
+    return util_netlink_dump_NetlinkLinkEventData(0, d), fflush(stdout);
+}
+int print_addr(NetlinkIPAddrEventData *d) {
+    return util_netlink_dump_NetlinkIPAddrEventData(0, d), fflush(stdout);
+}
+int print_route(NetlinkRouteEventData *d) {
+    return util_netlink_dump_NetlinkRouteEventData(0, d), fflush(stdout);
+}
 
 int open_fds() {
     int n = 0;
@@ -72,11 +77,14 @@ class Monitor {
     bool bound() const {
         char want[64];
         snprintf(want, sizeof want, " 0   %-10d %08x", pid_, groups_);
-        return devtest::wait_until([&] { return devtest::read_file("/proc/net/netlink").find(want) != std::string::npos; });
+        return devtest::wait_until([&] {
+            return devtest::read_file("/proc/net/netlink").find(want) != std::string::npos;
+        });
     }
     // The records printed so far, once `done` holds for them (or the wait
     // gave up).
-    std::vector<std::string> records(const std::function<bool(const std::vector<std::string> &)> &done) {
+    std::vector<std::string> records(
+        const std::function<bool(const std::vector<std::string> &)> &done) {
         devtest::wait_until([&] {
             char buf[4096];
             pollfd p = {out_, POLLIN, 0};
@@ -92,7 +100,8 @@ class Monitor {
     // The child's exit status once it has ended; -1 if it does not.
     int exit_status() {
         int status = -1;
-        if (!devtest::wait_until([&] { return waitpid(pid_, &status, WNOHANG) == pid_; })) return -1;
+        if (!devtest::wait_until([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }))
+            return -1;
         pid_ = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
@@ -119,17 +128,24 @@ bool in_order(const std::vector<std::string> &got, const std::vector<std::string
     return i == want.size();
 }
 
-std::string link(const char *event, const char *rest) { return std::string("link event NETLINK_EVENT_") + event + " : name: " + rest; }
-std::string addr(const char *event, const char *rest) { return std::string("address event NETLINK_EVENT_") + event + " : name: " + rest; }
+std::string link(const char *event, const char *rest) {
+    return std::string("link event NETLINK_EVENT_") + event + " : name: " + rest;
+}
+std::string addr(const char *event, const char *rest) {
+    return std::string("address event NETLINK_EVENT_") + event + " : name: " + rest;
+}
 std::string route(const char *event, const char *rest) {
-    return std::string("route event NETLINK_EVENT_") + event + " : in_interface_name:  out_interface_name:  " + rest;
+    return std::string("route event NETLINK_EVENT_") + event +
+           " : in_interface_name:  out_interface_name:  " + rest;
 }
 
 class NetlinkTest : public DeviceTest {
-  protected:
+   protected:
     // The veth pair the tests change, with fixed hardware addresses.
     static void add_pair() {
-        ASSERT_EQ(ip("link add nlt0 address 02:00:00:00:88:01 type veth peer name nlt1 address 02:00:00:00:88:02"), 0);
+        ASSERT_EQ(ip("link add nlt0 address 02:00:00:00:88:01 type veth peer name nlt1 address "
+                     "02:00:00:00:88:02"),
+                  0);
     }
 };
 
@@ -137,7 +153,8 @@ TEST_F(NetlinkTest, LinkEventsFollowTheLinkThroughItsLife) {
     Monitor m(RTMGRP_LINK, {});
     ASSERT_TRUE(m.bound());
     add_pair();
-    for (const char *cmd : {"link set nlt0 mtu 1400", "link set nlt0 up", "link set nlt1 up", "link del nlt0"})
+    for (const char *cmd :
+         {"link set nlt0 mtu 1400", "link set nlt0 up", "link set nlt1 up", "link del nlt0"})
         ASSERT_EQ(ip(cmd), 0) << cmd;
     const std::vector<std::string> want = {
         link("NEWLINK", "nlt0 mac: 02:00:00:00:88:01 mtu: 1500 up: 0 running: 0"),
@@ -156,20 +173,28 @@ TEST_F(NetlinkTest, AddressAndRouteEventsCarryTheirAddresses) {
     ASSERT_EQ(ip("link set nlt0 up"), 0);
     Monitor m(RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE, {});
     ASSERT_TRUE(m.bound());
-    for (const char *cmd : {"addr add 10.88.0.1/24 dev nlt0 label nlt0:a", "-6 addr add 2001:db8:88::1/64 dev nlt0 nodad",
-                            "route add 10.89.0.0/16 via 10.88.0.2", "route add default via 10.88.0.2 table 205",
-                            "-6 route add 2001:db8:5::/64 from 2001:db8:6::/64 via 2001:db8:88::2 dev nlt0",
-                            "route del 10.89.0.0/16", "addr del 10.88.0.1/24 dev nlt0",
-                            "-6 addr del 2001:db8:88::1/64 dev nlt0"})
+    for (const char *cmd :
+         {"addr add 10.88.0.1/24 dev nlt0 label nlt0:a",
+          "-6 addr add 2001:db8:88::1/64 dev nlt0 nodad", "route add 10.89.0.0/16 via 10.88.0.2",
+          "route add default via 10.88.0.2 table 205",
+          "-6 route add 2001:db8:5::/64 from 2001:db8:6::/64 via 2001:db8:88::2 dev nlt0",
+          "route del 10.89.0.0/16", "addr del 10.88.0.1/24 dev nlt0",
+          "-6 addr del 2001:db8:88::1/64 dev nlt0"})
         ASSERT_EQ(ip(cmd), 0) << cmd;
     const std::vector<std::string> want = {
         addr("NEWADDR", "nlt0:a address_type: 4 prefix_len: 24 ip_address: 10.88.0.1"),
         addr("NEWADDR", " address_type: 6 prefix_len: 64 ip_address: 2001:db8:88::1"),
-        route("NEWROUTE", "address_type: 4 src_len: 0 dst_len: 16 src_addr:  dest_addr: 10.89.0.0 gateway: 10.88.0.2"),
-        route("NEWROUTE", "address_type: 4 src_len: 0 dst_len: 0 src_addr:  dest_addr:  gateway: 10.88.0.2"),
         route("NEWROUTE",
-              "address_type: 6 src_len: 64 dst_len: 64 src_addr: 2001:db8:6:: dest_addr: 2001:db8:5:: gateway: 2001:db8:88::2"),
-        route("DELROUTE", "address_type: 4 src_len: 0 dst_len: 16 src_addr:  dest_addr: 10.89.0.0 gateway: 10.88.0.2"),
+              "address_type: 4 src_len: 0 dst_len: 16 src_addr:  dest_addr: 10.89.0.0 gateway: "
+              "10.88.0.2"),
+        route("NEWROUTE",
+              "address_type: 4 src_len: 0 dst_len: 0 src_addr:  dest_addr:  gateway: 10.88.0.2"),
+        route("NEWROUTE",
+              "address_type: 6 src_len: 64 dst_len: 64 src_addr: 2001:db8:6:: dest_addr: "
+              "2001:db8:5:: gateway: 2001:db8:88::2"),
+        route("DELROUTE",
+              "address_type: 4 src_len: 0 dst_len: 16 src_addr:  dest_addr: 10.89.0.0 gateway: "
+              "10.88.0.2"),
         addr("DELADDR", "nlt0:a address_type: 4 prefix_len: 24 ip_address: 10.88.0.1"),
         addr("DELADDR", " address_type: 6 prefix_len: 64 ip_address: 2001:db8:88::1"),
     };
@@ -200,7 +225,8 @@ TEST_F(NetlinkTest, ReturnImmediatelyEndsEveryLaterMonitorOfTheProcess) {
     // the second call returned at once although it waits without limit
     EXPECT_EQ(m.exit_status(), 0);
     auto got = m.records([](const std::vector<std::string> &) { return true; });
-    EXPECT_EQ(got, std::vector<std::string>{addr("NEWADDR", "nlt0 address_type: 4 prefix_len: 32 ip_address: 10.88.0.9")});
+    EXPECT_EQ(got, std::vector<std::string>{addr(
+                       "NEWADDR", "nlt0 address_type: 4 prefix_len: 32 ip_address: 10.88.0.9")});
     ip("link del nlt0");
 }
 

@@ -68,7 +68,8 @@ TEST(RecordedMessages, DecodeToTheirGoldens) {
                                   util_netlink_on_new_delete_route(h, &info);
                                   return true;
                               });
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), fixture(std::string(name) + ".txt")) << name;
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), fixture(std::string(name) + ".txt"))
+            << name;
     }
 }
 
@@ -83,8 +84,12 @@ struct Msg {
         put32(0);
         b.insert(b.end(), family_header.begin(), family_header.end());
     }
-    void put16(uint16_t v) { b.insert(b.end(), reinterpret_cast<uint8_t *>(&v), reinterpret_cast<uint8_t *>(&v) + 2); }
-    void put32(uint32_t v) { b.insert(b.end(), reinterpret_cast<uint8_t *>(&v), reinterpret_cast<uint8_t *>(&v) + 4); }
+    void put16(uint16_t v) {
+        b.insert(b.end(), reinterpret_cast<uint8_t *>(&v), reinterpret_cast<uint8_t *>(&v) + 2);
+    }
+    void put32(uint32_t v) {
+        b.insert(b.end(), reinterpret_cast<uint8_t *>(&v), reinterpret_cast<uint8_t *>(&v) + 4);
+    }
     // An attribute; len_field overrides the length it claims.
     Msg &attr(uint16_t type, const Bytes &payload, int len_field = -1) {
         put16(static_cast<uint16_t>(len_field >= 0 ? len_field : 4 + payload.size()));
@@ -97,7 +102,8 @@ struct Msg {
     // The bytes with nlmsg_len set to their count (or a claimed length).
     Bytes done(int len_field = -1) const {
         Bytes out = b;
-        uint32_t len = len_field >= 0 ? static_cast<uint32_t>(len_field) : static_cast<uint32_t>(out.size());
+        uint32_t len =
+            len_field >= 0 ? static_cast<uint32_t>(len_field) : static_cast<uint32_t>(out.size());
         memcpy(out.data(), &len, 4);
         return out;
     }
@@ -111,10 +117,15 @@ Bytes cat(Bytes a, const Bytes &b) {
 // ifinfomsg with the flags IFF_UP | IFF_RUNNING; ifaddrmsg; rtmsg.
 const Bytes kLinkUp = {0, 0, 1, 0, 7, 0, 0, 0, 0x41, 0, 0, 0, 0, 0, 0, 0};
 Bytes ifaddr(uint8_t family, uint8_t prefix) { return {family, prefix, 0, 0, 7, 0, 0, 0}; }
-Bytes rtm(uint8_t family, uint8_t dst_len) { return {family, dst_len, 0, 0, 254, 3, 0, 1, 0, 0, 0, 0}; }
-const Bytes kMac = {0x02, 0, 0, 0, 0x77, 0xab}, kMtu = {0xdc, 0x05, 0, 0} /* 1500 */, kV4 = {10, 0, 0, 1};
+Bytes rtm(uint8_t family, uint8_t dst_len) {
+    return {family, dst_len, 0, 0, 254, 3, 0, 1, 0, 0, 0, 0};
+}
+const Bytes kMac = {0x02, 0, 0, 0, 0x77, 0xab}, kMtu = {0xdc, 0x05, 0, 0} /* 1500 */,
+            kV4 = {10, 0, 0, 1};
 
-std::string link_line(const std::string &rest) { return "\nlink event NETLINK_EVENT_NEWLINK : name: " + rest + "\n"; }
+std::string link_line(const std::string &rest) {
+    return "\nlink event NETLINK_EVENT_NEWLINK : name: " + rest + "\n";
+}
 
 TEST(HostileMessages, LyingLengthsEndTheWalkNeverTheBuffer) {
     Msg good(RTM_NEWLINK, kLinkUp);
@@ -123,7 +134,8 @@ TEST(HostileMessages, LyingLengthsEndTheWalkNeverTheBuffer) {
     Msg addr(RTM_NEWADDR, ifaddr(AF_INET, 8));
     addr.attr(IFA_ADDRESS, kV4);
     const std::string addr_line =
-        "\naddress event NETLINK_EVENT_NEWADDR : name:  address_type: 4 prefix_len: 8 ip_address: 10.0.0.1\n";
+        "\naddress event NETLINK_EVENT_NEWADDR : name:  address_type: 4 prefix_len: 8 ip_address: "
+        "10.0.0.1\n";
     Bytes odd = Msg(NLMSG_DONE, {1, 2}).done();  // 18 bytes: the next message starts after padding
     odd.resize(20);
     Bytes cut = good.done();
@@ -139,22 +151,36 @@ TEST(HostileMessages, LyingLengthsEndTheWalkNeverTheBuffer) {
         {"nlmsg_len below the header", good.done(12), ""},
         {"link header cut short", good.done(24), ""},
         {"attribute shorter than its header",
-         Msg(RTM_NEWLINK, kLinkUp).str(IFLA_IFNAME, "x0").attr(IFLA_ADDRESS, kMac, 2).attr(IFLA_MTU, kMtu).done(),
+         Msg(RTM_NEWLINK, kLinkUp)
+             .str(IFLA_IFNAME, "x0")
+             .attr(IFLA_ADDRESS, kMac, 2)
+             .attr(IFLA_MTU, kMtu)
+             .done(),
          link_line("x0 mac:  mtu: 0 up: 1 running: 1")},
         {"attribute past the message",
          Msg(RTM_NEWLINK, kLinkUp).str(IFLA_IFNAME, "x0").attr(IFLA_MTU, kMtu, 200).done(),
          link_line("x0 mac:  mtu: 0 up: 1 running: 1")},
-        {"truncated payloads", Msg(RTM_NEWLINK, kLinkUp).attr(IFLA_ADDRESS, {1, 2, 3}).attr(IFLA_MTU, {1, 2}).done(),
+        {"truncated payloads",
+         Msg(RTM_NEWLINK, kLinkUp).attr(IFLA_ADDRESS, {1, 2, 3}).attr(IFLA_MTU, {1, 2}).done(),
          link_line(" mac:  mtu: 0 up: 1 running: 1")},
-        {"unterminated long name", Msg(RTM_NEWLINK, kLinkUp).str(IFLA_IFNAME, std::string(100, 'n')).done(),
+        {"unterminated long name",
+         Msg(RTM_NEWLINK, kLinkUp).str(IFLA_IFNAME, std::string(100, 'n')).done(),
          link_line(std::string(63, 'n') + " mac:  mtu: 0 up: 1 running: 1")},
         {"unknown and repeated types",
-         Msg(RTM_NEWLINK, kLinkUp).str(60, "zz").str(0x8003, "nested").str(IFLA_IFNAME, "a").str(IFLA_IFNAME, "b").done(),
+         Msg(RTM_NEWLINK, kLinkUp)
+             .str(60, "zz")
+             .str(0x8003, "nested")
+             .str(IFLA_IFNAME, "a")
+             .str(IFLA_IFNAME, "b")
+             .done(),
          link_line("b mac:  mtu: 0 up: 1 running: 1")},
-        {"IPv6 family with an IPv4-sized address", Msg(RTM_DELADDR, ifaddr(AF_INET6, 64)).attr(IFA_ADDRESS, kV4).done(),
-         "\naddress event NETLINK_EVENT_DELADDR : name:  address_type: 6 prefix_len: 64 ip_address: \n"},
+        {"IPv6 family with an IPv4-sized address",
+         Msg(RTM_DELADDR, ifaddr(AF_INET6, 64)).attr(IFA_ADDRESS, kV4).done(),
+         "\naddress event NETLINK_EVENT_DELADDR : name:  address_type: 6 prefix_len: 64 "
+         "ip_address: \n"},
         {"unknown family", Msg(RTM_DELROUTE, rtm(AF_PACKET, 8)).attr(RTA_DST, kV4).done(),
-         "\nroute event NETLINK_EVENT_DELROUTE : in_interface_name:  out_interface_name:  address_type: 6 src_len: 0 "
+         "\nroute event NETLINK_EVENT_DELROUTE : in_interface_name:  out_interface_name:  "
+         "address_type: 6 src_len: 0 "
          "dst_len: 8 src_addr:  dest_addr:  gateway: \n"},
         {"unaligned message, then an address", cat(odd, addr.done()), addr_line},
         {"second message cut short", cat(addr.done(), cut), addr_line},
@@ -168,7 +194,8 @@ TEST(Monitor, ReturnImmediatelyDeliversOnlyTheFirstMessage) {
     addr.attr(IFA_ADDRESS, kV4);
     Bytes two = cat(addr.done(), link.done());
     EXPECT_EQ(delivered(two, true),
-              "\naddress event NETLINK_EVENT_NEWADDR : name:  address_type: 4 prefix_len: 8 ip_address: 10.0.0.1\n");
+              "\naddress event NETLINK_EVENT_NEWADDR : name:  address_type: 4 prefix_len: 8 "
+              "ip_address: 10.0.0.1\n");
     EXPECT_EQ(delivered(two), delivered(addr.done()) + delivered(link.done()));
     // a skipped type counts as the first message too
     EXPECT_EQ(delivered(cat(Msg(NLMSG_NOOP, {}).done(), addr.done()), true), "");
@@ -176,12 +203,18 @@ TEST(Monitor, ReturnImmediatelyDeliversOnlyTheFirstMessage) {
 
 TEST(AttributeIndex, PointersStayInsideTheGivenLength) {
     Msg m(0, {});
-    m.attr(1, {1, 1, 1, 1}).attr(40, {4, 4, 4, 4}).attr(2, {2}).attr(2, {9, 9, 9, 9}).attr(3, Bytes(8), 300);
+    m.attr(1, {1, 1, 1, 1})
+        .attr(40, {4, 4, 4, 4})
+        .attr(2, {2})
+        .attr(2, {9, 9, 9, 9})
+        .attr(3, Bytes(8), 300);
     Bytes attrs(m.b.begin() + 16, m.b.end());
     std::unique_ptr<uint8_t[]> exact(new uint8_t[attrs.size()]);
     std::copy(attrs.begin(), attrs.end(), exact.get());
     auto *first = reinterpret_cast<rtattr *>(exact.get());
-    auto offset = [&](rtattr *a) { return a ? static_cast<int>(reinterpret_cast<uint8_t *>(a) - exact.get()) : -1; };
+    auto offset = [&](rtattr *a) {
+        return a ? static_cast<int>(reinterpret_cast<uint8_t *>(a) - exact.get()) : -1;
+    };
 
     rtattr *idx[31] = {};
     util_netlink_parse_rtattr(idx, 30, first, static_cast<int>(attrs.size()));
@@ -201,10 +234,12 @@ TEST(AttributeIndex, PointersStayInsideTheGivenLength) {
 }
 
 TEST(EventNames, NamesAndSilentDumps) {
-    const char *names[] = {"unknown event",         "NETLINK_EVENT_NEWLINK",  "NETLINK_EVENT_DELLINK",
-                           "NETLINK_EVENT_NEWADDR", "NETLINK_EVENT_DELADDR",  "NETLINK_EVENT_NEWROUTE",
+    const char *names[] = {"unknown event",          "NETLINK_EVENT_NEWLINK",
+                           "NETLINK_EVENT_DELLINK",  "NETLINK_EVENT_NEWADDR",
+                           "NETLINK_EVENT_DELADDR",  "NETLINK_EVENT_NEWROUTE",
                            "NETLINK_EVENT_DELROUTE", "unknown event"};
-    for (int e = 0; e <= 7; ++e) EXPECT_STREQ(util_netlink_event_to_string(static_cast<NetlinkEvent>(e)), names[e]);
+    for (int e = 0; e <= 7; ++e)
+        EXPECT_STREQ(util_netlink_event_to_string(static_cast<NetlinkEvent>(e)), names[e]);
     NetlinkRouteEventData r{};
     testing::internal::CaptureStdout();
     util_netlink_dump_NetlinkRouteEventData(1, &r);

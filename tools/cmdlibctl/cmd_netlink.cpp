@@ -35,8 +35,9 @@ int print_link(NetlinkLinkEventData *d) {
 }
 
 int print_addr(NetlinkIPAddrEventData *d) {
-    printf("addr  %-9s %s %s %s/%d\n", event_word(d->event), d->interface_name[0] ? d->interface_name : "-",
-           family_word(d->address_type), d->ip_address, d->prefix_len);
+    printf("addr  %-9s %s %s %s/%d\n", event_word(d->event),
+           d->interface_name[0] ? d->interface_name : "-", family_word(d->address_type),
+           d->ip_address, d->prefix_len);
     fflush(stdout);
     return 0;
 }
@@ -90,7 +91,8 @@ int cmd_monitor(int argc, char **argv) {
 
 }  // namespace
 
-CMDLIBCTL_COMMAND("monitor",
-                  "[link] [addr] [route] [--once] [--timeout S]  (live link, address and route events;\n"
-                  "             --once: stop after the first message, --timeout: stop after S quiet seconds)",
-                  cmd_monitor);
+CMDLIBCTL_COMMAND(
+    "monitor",
+    "[link] [addr] [route] [--once] [--timeout S]  (live link, address and route events;\n"
+    "             --once: stop after the first message, --timeout: stop after S quiet seconds)",
+    cmd_monitor);

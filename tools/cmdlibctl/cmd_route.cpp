@@ -57,8 +57,10 @@ struct Flag {
     const char *name;
     unsigned match_flag;  // NAT_MATCH_* bit, or 0 for "append"
 };
-constexpr Flag kNatFlags[] = {
-    {"ipv6", NAT_MATCH_IPV6}, {"nat-table", NAT_MATCH_NAT_TABLE}, {"delete", NAT_MATCH_DELETE}, {"append", 0}};
+constexpr Flag kNatFlags[] = {{"ipv6", NAT_MATCH_IPV6},
+                              {"nat-table", NAT_MATCH_NAT_TABLE},
+                              {"delete", NAT_MATCH_DELETE},
+                              {"append", 0}};
 
 // Sets the fields of one checker record from the words of a line.
 // false (with a message) on an unknown key or an overlong value.
@@ -79,8 +81,8 @@ bool apply_words(char *line, const Key (&keys)[N], Record *rec, unsigned *conten
         for (const Key &key : keys)
             if (strcmp(key.name, words[i]) == 0) k = &key;
         if (!k || strlen(eq + 1) >= k->width) {
-            fprintf(stderr, "cmdlibctl: line %d: %s '%s'\n", lineno, k ? "value too long for" : "unknown key",
-                    words[i]);
+            fprintf(stderr, "cmdlibctl: line %d: %s '%s'\n", lineno,
+                    k ? "value too long for" : "unknown key", words[i]);
             return false;
         }
         strcpy(reinterpret_cast<char *>(rec) + k->offset, eq + 1);
@@ -155,7 +157,8 @@ struct RouteReport {
 void check_routes(RouteReport *r) {
     for (int i = 0; i < r->count; ++i) r->checkers[i].match_count = 0;
     std::string path = listing("route -n");
-    r->listed = !path.empty() && util_route_check_if_route_exist(path.c_str(), r->checkers, r->count) == 0;
+    r->listed =
+        !path.empty() && util_route_check_if_route_exist(path.c_str(), r->checkers, r->count) == 0;
     if (!path.empty()) cmd_rm(path.c_str());
 }
 
@@ -168,8 +171,10 @@ void print_routes(const char *title, const RouteReport &r) {
     for (int i = 0; i < r.count; ++i) {
         const RouteEntryChecker &c = r.checkers[i];
         printf("  %-8s dest %-15s gw %-15s mask %-15s dev %s\n",
-               c.check_content == 0 ? "disabled" : c.match_count ? "found" : "missing", c.dest_IP,
-               c.gateway, c.netmask, c.interface);
+               c.check_content == 0 ? "disabled"
+               : c.match_count      ? "found"
+                                    : "missing",
+               c.dest_IP, c.gateway, c.netmask, c.interface);
     }
 }
 
@@ -177,7 +182,8 @@ int cmd_route(int argc, char **argv) {
     if (argc != 3 || (strcmp(argv[1], "check") != 0 && strcmp(argv[1], "fix") != 0))
         return ctl_usage(argv[0]);
     static RouteReport report;
-    report.count = read_checkers<4, RouteEntryChecker>(argv[2], kRouteKeys, report.checkers, nullptr);
+    report.count =
+        read_checkers<4, RouteEntryChecker>(argv[2], kRouteKeys, report.checkers, nullptr);
     if (report.count < 0) return 1;
     check_routes(&report);
     print_routes("before:", report);
@@ -196,7 +202,8 @@ constexpr const char *kRuleListings[] = {"iptables -S", "iptables -t nat -S", "i
                                          "ip6tables -t nat -S"};
 
 int listing_of(const NATEntryChecker &c) {
-    return ((c.match_flags & NAT_MATCH_IPV6) ? 2 : 0) + ((c.match_flags & NAT_MATCH_NAT_TABLE) ? 1 : 0);
+    return ((c.match_flags & NAT_MATCH_IPV6) ? 2 : 0) +
+           ((c.match_flags & NAT_MATCH_NAT_TABLE) ? 1 : 0);
 }
 
 struct NatReport {
@@ -227,7 +234,8 @@ void check_rules(NatReport *r) {
 void print_rules(const char *title, const NatReport &r) {
     printf("%s\n", title);
     for (int l = 0; l < 4; ++l)
-        if (r.result[l] == -1) printf("  (%s failed or listed fewer than 3 rules)\n", kRuleListings[l]);
+        if (r.result[l] == -1)
+            printf("  (%s failed or listed fewer than 3 rules)\n", kRuleListings[l]);
     for (int i = 0; i < r.count; ++i) {
         const NATEntryChecker &c = r.checkers[i];
         const char *state = c.check_content == 0 ? "disabled" : c.match_count ? "found" : "missing";
@@ -264,4 +272,5 @@ int ctl_nat_rules(int argc, char **argv) {
     return cmd_nat_rules(argv);
 }
 
-CMDLIBCTL_COMMAND("route", "check|fix FILE  (route checkers: lines of dest= gw= mask= dev=)", cmd_route);
+CMDLIBCTL_COMMAND("route", "check|fix FILE  (route checkers: lines of dest= gw= mask= dev=)",
+                  cmd_route);
