@@ -25,6 +25,7 @@ std::vector<int> counts(const std::string &listing, std::vector<Checker> &checke
     EXPECT_EQ(sh(listing + " >/tmp/listing"), 0) << listing;
     int result = check("/tmp/listing", checkers.data(), static_cast<int>(checkers.size()));
     std::vector<int> out;
+    out.reserve(checkers.size() + 1);
     for (const auto &c : checkers) out.push_back(c.match_count);
     out.push_back(result);
     return out;
@@ -33,6 +34,7 @@ std::vector<int> counts(const std::string &listing, std::vector<Checker> &checke
 template <class Checker, class Parse>
 std::vector<Checker> checkers(const std::vector<std::string> &specs, Parse parse) {
     std::vector<Checker> out;
+    out.reserve(specs.size());
     for (const auto &s : specs) out.push_back(parse(s));
     return out;
 }
