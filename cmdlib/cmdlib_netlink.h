@@ -38,7 +38,8 @@ typedef enum IPAddressType { IP_ADDRESS_TYPE_IPV4 = 4, IP_ADDRESS_TYPE_IPV6 = 6 
 typedef struct NetlinkLinkEventData {
     NetlinkEvent event;      /* NEWLINK or DELLINK */
     char interface_name[64]; /* IFLA_IFNAME */
-    char mac_addr[32];       /* IFLA_ADDRESS as "%02X:%02X:%02X:%02X:%02X:%02X", "" without one */
+    char mac_addr[32];       /* IFLA_ADDRESS as "%02X:%02X:%02X:%02X:%02X:%02X"; "" when absent or
+                                shorter than 6 bytes */
     unsigned int mtu;        /* IFLA_MTU */
     int interface_up;        /* IFF_UP in the link flags (NEWLINK only) */
     int interface_running;   /* IFF_RUNNING in the link flags (NEWLINK only) */
