@@ -36,6 +36,10 @@ has net      && run net
 has neigh    && run neigh
 has hosts    && run hosts
 has nat      && run nat
+has route    && run route fix /etc/cmdlib/routes.checkers
+has nat      && run nat fix /etc/cmdlib/rules.checkers 2>/dev/null
+has monitor  && { (sleep 0.3; ip link add demo0 type veth peer name demo1; ip addr add 10.99.0.1/24 dev demo0; ip link del demo0) &
+                  run monitor link addr --timeout 1; }
 has ps       && run ps dnsmasq
 has usb      && run usb ports
 has cat      && run cat /tmp/cmdlib/.system_signal_sim_status_ind

@@ -17,7 +17,7 @@ if [ "${1:-}" = "--aarch64" ]; then
 fi
 pkgs=(cmake ninja-build g++ pkg-config libcjson-dev googletest libgtest-dev libgmock-dev
       libbenchmark-dev iproute2 iptables conntrack dnsmasq-base udhcpd xl2tpd arping psmisc
-      procps passwd util-linux busybox
+      procps passwd util-linux busybox net-tools
       nettle-dev wget)
 missing=()
 for p in "${pkgs[@]}" "${extra[@]}"; do

@@ -103,7 +103,7 @@ int cmd_neigh(int argc, char **argv) {
 }
 
 int cmd_nat(int argc, char **argv) {
-    if (argc != 1) return ctl_usage(argv[0]);
+    if (argc > 1) return ctl_nat_rules(argc, argv);  // nat check|fix FILE (cmd_route.cpp)
     char path[UTIL_TMP_PATH_SIZE];
     util_get_tmp_uuid_file_path(path);
     if (util_gen_nat_session_table(path) != 0) {
@@ -131,4 +131,7 @@ int cmd_nat(int argc, char **argv) {
 CMDLIBCTL_COMMAND("net", "(WAN name, addresses, DNS servers, WAN health)", cmd_net);
 CMDLIBCTL_COMMAND("hosts", "(devices connected to the LAN: leases joined with an ARP scan)", cmd_hosts);
 CMDLIBCTL_COMMAND("neigh", "[DEV] (IPv4 ARP and IPv6 neighbours, default br0)", cmd_neigh);
-CMDLIBCTL_COMMAND("nat", "(NAT session table and remote addresses that answered the WAN)", cmd_nat);
+CMDLIBCTL_COMMAND("nat", "[check|fix FILE] (NAT session table and remote addresses that answered the WAN;\n"
+                         "             check|fix: rule checkers, lines of chain= in= out= proto= dest= dport= src=\n"
+                         "             sport= nat= policy= jump= icmp= and the flags ipv6 nat-table delete append)",
+                  cmd_nat);

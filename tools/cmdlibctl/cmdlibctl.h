@@ -20,3 +20,7 @@ void ctl_register(const CtlCommand *cmd);
 
 // Prints the usage line of the named command to stderr and returns 2.
 int ctl_usage(const char *name);
+
+// "nat check|fix FILE": the rule checkers (cmd_route.cpp), reached through
+// the "nat" command of the session table.
+int ctl_nat_rules(int argc, char **argv);

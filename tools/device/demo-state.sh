@@ -156,6 +156,20 @@ done
 mount --bind $usb/proc /proc/bus
 mount --bind $usb/sys /sys/bus
 
+# Route and rule checkers a daemon keeps in place (cmdlibctl route|nat fix).
+mkdir -p /etc/cmdlib
+cat >/etc/cmdlib/routes.checkers <<'CHECKERS'
+dest=0.0.0.0 gw=10.64.0.1 dev=usb0                # WAN default route
+dest=192.168.1.0 mask=255.255.255.0 dev=br0       # LAN network
+dest=10.64.0.53 mask=255.255.255.255 dev=usb0     # host route to the DNS server
+CHECKERS
+cat >/etc/cmdlib/rules.checkers <<'CHECKERS'
+chain=INPUT policy=ACCEPT
+chain=PREROUTING in=usb0 proto=tcp dport=8080 jump=DNAT nat=192.168.1.100:80 nat-table append
+chain=POSTROUTING out=usb0 src=192.168.1.0/24 jump=SNAT nat=10.64.0.2 nat-table append
+chain=INPUT proto=tcp dport=23 jump=REJECT nat=tcp-reset append
+CHECKERS
+
 # The module answers ATI, and the DNS/DHCP daemon is running.
 mkdir -p /var/lib/device/sendat
 printf '\r\nFibocom Wireless Inc.\r\nFM350-GL\r\nRevision: 81600.0000.00.29.21.10\r\n\r\nOK\r\n' >/var/lib/device/sendat/1.resp
