@@ -42,17 +42,24 @@ inline size_t format_ipv6_groups(const unsigned char a[16], char *out, size_t si
 // The new resolver file from the old one's pieces (255 bytes a read, as
 // LineReader<256> gives them): every piece without ':' is kept as it is,
 // so IPv4 servers and the other lines stay and every IPv6 server goes;
-// then "nameserver S\n" for each non-empty server given (on a line of its
-// own also when the old file's last line had no line feed).  emit receives
+// then "nameserver S\n" for each non-empty server given.  A kept piece
+// always ends its line, also when the old file's last line had no line
+// feed or the piece's line end went with a dropped tail.  emit receives
 // the bytes in order.
 template <class Reader, class Emit>
 void rewrite_resolver(Reader &old_file, std::string_view server1, std::string_view server2, Emit &&emit) {
     std::string_view piece;
-    bool open_line = false;
+    bool open_line = false;  // a kept piece awaits its line feed
     while (old_file.next(&piece)) {
-        if (piece.empty() || piece.find(':') != std::string_view::npos) continue;
-        emit(piece);
-        open_line = piece.back() != '\n';
+        if (piece.empty()) continue;
+        bool ends_line = piece.back() == '\n';
+        if (piece.find(':') == std::string_view::npos) {
+            emit(piece);
+            open_line = !ends_line;
+        } else if (open_line && ends_line) {
+            emit("\n");  // the dropped tail carried the kept head's line end
+            open_line = false;
+        }
     }
     if (open_line) emit("\n");
     for (std::string_view server : {server1, server2}) {
