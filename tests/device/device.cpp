@@ -256,3 +256,14 @@ void DeviceTest::SetUp() {
     ASSERT_TRUE(devtest::in_device()) << "not inside a device: run this binary through tools/device/run-in-device";
     devtest::reset_device_state();
 }
+
+namespace devtest {
+
+bool add_lan_host(const std::string &name, const std::string &mac) {
+    std::string near = name.substr(0, 12) + "-br";
+    return ip("link add " + near + " type veth peer name " + name + " netns " + st::kOperatorNs) == 0 &&
+           ip("link set " + near + " master br0 up") == 0 &&
+           outside("ip link set " + name + " address " + mac + " up") == 0;
+}
+
+}  // namespace devtest
