@@ -30,10 +30,34 @@ namespace {
 constexpr char kHost1Mac[] = "02:11:22:33:44:01";
 constexpr char kHost2Mac[] = "02:11:22:33:44:02";
 
+// The real tools the library runs, each behind a wrapper first on PATH
+// that appends its command line to /tmp/tool-calls.
+constexpr const char *kLoggedTools[] = {"ip", "route", "udhcpd", "killall"};
+
+std::vector<std::string> tool_calls() {
+    std::vector<std::string> lines;
+    std::istringstream in(devtest::read_file("/tmp/tool-calls"));
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
 class LanTest : public DeviceTest {
   protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        devtest::remove_all("/tmp/tool-calls");
+    }
     static void SetUpTestSuite() {
         if (!devtest::in_device()) return;
+        for (const char *tool : kLoggedTools) {
+            std::string real = devtest::sh_out(std::string("command -v ") + tool);
+            real.erase(real.find_last_not_of('\n') + 1);
+            devtest::write_file(std::string("/tmp/logbin/") + tool,
+                                "#!/bin/sh\necho \"" + std::string(tool) + " $*\" >>/tmp/tool-calls\nexec " + real +
+                                    " \"$@\"\n",
+                                0755);
+        }
+        setenv("PATH", ("/tmp/logbin:" + std::string(getenv("PATH"))).c_str(), 1);
         ASSERT_TRUE(devtest::add_lan_host("lh1", kHost1Mac));
         ASSERT_TRUE(devtest::add_lan_host("lh2", kHost2Mac));
         // What udhcpc learns, one file per interface, key=value words.
@@ -104,6 +128,7 @@ TEST_F(LanTest, NormalModeServesThePoolWithTheConfiguredOptionsAndHostEntries) {
               "option router 192.168.1.1\noption subnet 255.255.255.0\nstart 192.168.1.150\n"
               "end 192.168.1.160\noption dns 10.64.0.53\noption dns 10.64.0.54\noption lease 600\n"
               "remaining\tyes\nauto_time\t2\n" + hosts);
+    EXPECT_THAT(tool_calls(), ElementsAre("killall udhcpd", "udhcpd /tmp/cmdlib/udhcpd.conf"));
     ASSERT_TRUE(devtest::wait_until([] { return !udhcpd_pids().empty(); }));
 
     Lease got = obtain_lease("lh1");  // no wish: the server picks
@@ -137,7 +162,9 @@ TEST_F(LanTest, DisabledServerLeavesTheRunningOneAlone) {
     restart(kLan);
     ASSERT_TRUE(devtest::wait_until([] { return !udhcpd_pids().empty(); }));
     std::string running = udhcpd_pids();
+    devtest::remove_all("/tmp/tool-calls");
     restart(with(kLan, {{"QX_ENABLE_DHCP_SERVER", "no"}}));
+    EXPECT_THAT(tool_calls(), ElementsAre());
     EXPECT_EQ(devtest::read_file("/tmp/cmdlib/udhcpd.conf"),
               "interface br0\npidfile /var/run/udhcpd.pid\nlease_file /var/lib/misc/udhcpd.leases\n");
     EXPECT_EQ(udhcpd_pids(), running);
@@ -219,13 +246,17 @@ TEST_F(LanTest, InterfaceIdentifierInstallsTheLinkLocalAddressOnlyWhenItChanges)
     struct in6_addr id;
     ASSERT_EQ(inet_pton(AF_INET6, "fe80::0211:22ff:fe33:4455", &id), 1);
     EXPECT_EQ(util_write_interface_id(&id, "usb0"), 0);
+    EXPECT_THAT(tool_calls(), ElementsAre("ip -f inet6 addr flush dev usb0 scope link",
+                                          "ip -f inet6 addr add fe80::0211:22ff:fe33:4455/64 dev usb0 scope link"));
     EXPECT_EQ(addrs("usb0", "link"), "fe80::211:22ff:fe33:4455/64\n");
     EXPECT_EQ(devtest::read_file("/tmp/cmdlib/cmdlib_modem_interface_id"), "::0211:22ff:fe33:4455\n");
 
     // Same identifier: nothing is flushed, the file is written again.
     devtest::ip("-6 addr add fe80::99/64 dev usb0 scope link");
     devtest::write_file("/tmp/cmdlib/cmdlib_modem_interface_id", "::211:22ff:fe33:4455");
+    devtest::remove_all("/tmp/tool-calls");
     EXPECT_EQ(util_write_interface_id(&id, "usb0"), 0);
+    EXPECT_THAT(tool_calls(), ElementsAre());
     EXPECT_NE(addrs("usb0", "link").find("fe80::99/64"), std::string::npos);
     EXPECT_EQ(devtest::read_file("/tmp/cmdlib/cmdlib_modem_interface_id"), "::0211:22ff:fe33:4455\n");
 
@@ -253,6 +284,10 @@ TEST_F(LanTest, InterfaceIdentifierInstallsTheLinkLocalAddressOnlyWhenItChanges)
 TEST_F(LanTest, GlobalAddressesFromPrefixAndDefaultRoute) {
     EUI64 eui = {{0x02, 0x11, 0x22, 0xff, 0xfe, 0x33, 0x44, 0x55}};
     config_ipv6_addr("2001:db8:100:7::", &eui, "usb0", 0);
+    EXPECT_THAT(tool_calls(),
+                ElementsAre("ip -f inet6 addr flush dev usb0 scope global", "ip -f inet6 addr flush dev br0 scope global",
+                            "ip -f inet6 addr add 2001:0db8:0100:0007:0211:22ff:fe33:4455/128 dev usb0 scope global",
+                            "ip -f inet6 addr add 2001:0db8:0100:0007:0211:22ff:fe33:4455/64 dev br0 scope global"));
     EXPECT_EQ(addrs("usb0", "global"), "2001:db8:100:7:211:22ff:fe33:4455/128\n");
     EXPECT_EQ(addrs("br0", "global"), "2001:db8:100:7:211:22ff:fe33:4455/64\n");
 
@@ -270,7 +305,10 @@ TEST_F(LanTest, GlobalAddressesFromPrefixAndDefaultRoute) {
     std::string gw = devtest::sh_out("nsenter --net=/var/lib/device/ns/operator ip -6 -o addr show dev wan0 "
                                      "scope link | awk '{print $4}' | cut -d/ -f1 | tr -d '\\n'");
     ASSERT_FALSE(gw.empty());
+    devtest::remove_all("/tmp/tool-calls");
     config_default_ipv6_gateway(gw.c_str(), "usb0");
+    EXPECT_THAT(tool_calls(), ElementsAre("ip -6 route del ::1/0", "ip -6 route del ::1/0",
+                                          "route -A inet6 add ::1/0 gw " + gw + " dev usb0"));
     EXPECT_EQ(devtest::sh_out("ip -6 route show default | awk '{print $1, $2, $3, $4, $5}'"),
               "default via " + gw + " dev usb0\n");
 }
@@ -299,6 +337,15 @@ TEST_F(LanTest, DnsServersRewriteTheResolverAndRestartTheServices) {
     EXPECT_EQ(devtest::read_file("/tmp/cmdlib/.ipv6_dns_server_list_comma"), "2001:db8:64::53");
     EXPECT_THAT(devtest::calls("rc.ipv6.totd"), ElementsAre("/etc/rc.d/rc.ipv6.totd"));
     ASSERT_TRUE(devtest::wait_for_calls("rc.ipv6.radvd", 1));
+}
+
+TEST_F(LanTest, HostileTextRunsNothing) {
+    struct in6_addr id = {};
+    config_enable_sharing_64prefix_to_a_lan("2001:db8::1;touch /tmp/pwned1", "usb0");
+    config_default_ipv6_gateway("fe80::1 dev lo;touch /tmp/pwned2", "usb0$(touch /tmp/pwned3)");
+    util_write_interface_id(&id, "usb0`touch /tmp/pwned4`");
+    config_ipv6_addr("2001:db8::", nullptr, "usb0|touch /tmp/pwned5", 0);
+    EXPECT_EQ(devtest::sh_out("ls /tmp | grep -c pwned"), "0\n");
 }
 
 // ---- MAC records shared by two processes --------------------------------------------
