@@ -38,6 +38,12 @@ has nat      && run nat
 has ps       && run ps dnsmasq
 has usb      && run usb ports
 has cat      && run cat /tmp/cmdlib/.system_signal_sim_status_ind
+has dhcp     && run dhcp restart
+has dhcp     && run dhcp leases
+has mac      && run mac set 02:00:c0:a8:01:64 AP_IPADDR=192.168.10.1 "WIFI2G_SSID[0]=Lounge"
+has mac      && run mac list
+has ipv6     && run ipv6 eui64 02:00:c0:a8:01:01
+has ipv6     && run ipv6 dns 2001:db8:64::53 2001:db8:64::54
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"
