@@ -68,17 +68,20 @@ int find_unit(const MacControlInfo *info, const unsigned char *mac) {
 }
 
 // Reads the whole file when it has exactly `size` bytes: one read asking
-// for one byte more tells a longer file from a complete one.
+// for one byte more tells a longer file from a complete one, and its short
+// count tells the end of the file without a second read.
 bool read_exact(const char *path, unsigned char *buf, size_t size) {
     cmdlib::UniqueFd fd(::open(path, O_RDONLY | O_CLOEXEC));
     if (!fd) return false;
     size_t got = 0;
     for (;;) {
-        ssize_t n = ::read(fd.get(), buf + got, size + 1 - got);
+        size_t want = size + 1 - got;
+        ssize_t n = ::read(fd.get(), buf + got, want);
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) break;
         got += static_cast<size_t>(n);
-        if (got > size) return false;
+        // A regular file gives less than asked only at its end.
+        if (got > size || static_cast<size_t>(n) < want) break;
     }
     return got == size;
 }

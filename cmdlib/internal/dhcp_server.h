@@ -131,17 +131,28 @@ inline size_t compose_udhcpd_conf(const UdhcpdSettings &s, char *out, size_t siz
 // A lease line is read 511 bytes at a time.
 inline constexpr size_t kLeaseLineMax = 511;
 
-// One lease line: "<expiry> <mac> <ip> <host name> <client id>", blank- or
-// tab-separated, at most 16 fields looked at; fewer than 4 is no lease.
-// The line's end is not part of its last field.  expires becomes the
-// seconds left from now (0 once passed), in unsigned 32-bit arithmetic as
-// the lease file's clock is.
+// One lease line: "<expiry> <mac> <ip> <host name> <client id>", cut at
+// runs of blanks and tabs as util_get_all_args cuts it (only the first four
+// fields matter); fewer than 4 is no lease.  The line's end is not part of
+// its last field.  expires becomes the seconds left from now (0 once
+// passed), in unsigned 32-bit arithmetic as the lease file's clock is.
 [[nodiscard]] inline bool parse_lease_line(std::string_view line, uint32_t now, DHCPClientInfo *out) {
-    char buf[kLeaseLineMax + 1];
-    copy_bounded(buf, sizeof buf, line.substr(0, line.find_first_of("\r\n")));
-    char *w[16];
-    if (util_get_all_args(buf, ' ', '\t', w, 16) < 4) return false;
-    uint32_t expiry = static_cast<uint32_t>(strtoul(w[0], nullptr, 10));
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+    // The splitter inlined for the two blanks: a lease file is thousands of
+    // lines read in a polling loop.
+    std::string_view w[4];
+    size_t n = 0, i = 0;
+    while (n < 4) {
+        while (i < line.size() && is_blank(line[i])) ++i;
+        if (i == line.size()) break;
+        size_t start = i;
+        while (i < line.size() && !is_blank(line[i])) ++i;
+        w[n++] = line.substr(start, i - start);
+    }
+    if (n < 4) return false;
+    char expiry_text[kLeaseLineMax + 1];  // strtoul needs the whole word, terminated
+    copy_bounded(expiry_text, sizeof expiry_text, w[0]);
+    uint32_t expiry = static_cast<uint32_t>(strtoul(expiry_text, nullptr, 10));
     out->expires = expiry < now ? 0 : expiry - now;
     copy_bounded(out->mac, sizeof out->mac, w[1]);
     copy_bounded(out->ip, sizeof out->ip, w[2]);
