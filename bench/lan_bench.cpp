@@ -47,8 +47,8 @@ void syscalls(long *reads, long *writes) {
     if (fd >= 0) close(fd);
     buf[n > 0 ? n : 0] = '\0';
     const char *r = strstr(buf, "syscr: "), *w = strstr(buf, "syscw: ");
-    *reads = r ? atol(r + 7) : -1;
-    *writes = w ? atol(w + 7) : -1;
+    *reads = r ? strtol(r + 7, nullptr, 10) : -1;
+    *writes = w ? strtol(w + 7, nullptr, 10) : -1;
 }
 
 // Counts per iteration, less the one read of /proc/self/io itself.

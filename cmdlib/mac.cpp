@@ -11,6 +11,8 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <iterator>
+
 #include "base/internal/atomic_file.h"
 #include "base/internal/byte_reader.h"
 #include "base/internal/raii.h"
@@ -26,10 +28,10 @@ MAC_IP_PAIR_TEXT_FIELDS(MAC_IP_PAIR_CHECK_OFFSET)
 
 namespace {
 
-#define MAC_IP_PAIR_ONE(name, count, width, offset) +1
-constexpr int kTextFields = 0 MAC_IP_PAIR_TEXT_FIELDS(MAC_IP_PAIR_ONE);
-#undef MAC_IP_PAIR_ONE
-static_assert(kTextFields == MAC_IP_PAIR_TEXT_FIELD_COUNT, "a record has 110 text fields");
+#define MAC_IP_PAIR_NAME(name, count, width, offset) #name,
+constexpr const char *kTextFieldNames[] = {MAC_IP_PAIR_TEXT_FIELDS(MAC_IP_PAIR_NAME)};
+#undef MAC_IP_PAIR_NAME
+static_assert(std::size(kTextFieldNames) == MAC_IP_PAIR_TEXT_FIELD_COUNT, "a record has 110 text fields");
 static_assert(offsetof(MacIPPair, mac) == 0 && sizeof(MacAddr) == 8, "the MAC leads the record");
 static_assert(sizeof(MacIPPair) == MAC_IP_PAIR_SIZE, "a record is 3480 bytes");
 static_assert(offsetof(MacControlInfo, mac_count) == MAC_RECORDS_MAX * MAC_IP_PAIR_SIZE,

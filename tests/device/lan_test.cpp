@@ -97,10 +97,12 @@ void restart(const std::vector<std::pair<const char *, const char *>> &settings)
     EXPECT_EQ(util_dhcp_restart_udhcpd_server(p.data(), static_cast<int>(p.size())), 0);
 }
 
-bool in_pool(const std::string &ip, unsigned first, unsigned last) {
-    unsigned n = 0;
-    char end = 0;
-    return sscanf(ip.c_str(), "192.168.1.%u%c", &n, &end) == 1 && n >= first && n <= last;
+bool in_pool(const std::string &ip, unsigned long first, unsigned long last) {
+    const std::string net = "192.168.1.";
+    if (ip.compare(0, net.size(), net) != 0 || ip.size() == net.size()) return false;
+    char *end = nullptr;
+    unsigned long n = strtoul(ip.c_str() + net.size(), &end, 10);
+    return *end == '\0' && n >= first && n <= last;
 }
 
 std::string udhcpd_pids() { return devtest::sh_out("pidof udhcpd"); }

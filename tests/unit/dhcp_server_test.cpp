@@ -119,6 +119,7 @@ std::vector<Lease> read_leases(const std::string &text, uint32_t now, int max_re
     int n = cmdlib::read_dhcp_leases(r, now, list.data(), max_record);
     if (count) *count = n;
     std::vector<Lease> out;
+    out.reserve(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) out.push_back({list[i].hostname, list[i].ip, list[i].mac, list[i].expires});
     return out;
 }

@@ -159,7 +159,7 @@ TEST_F(MacFiles, RecordsFileIsTheRecordByteForByte) {
     ASSERT_TRUE(cmdlib::save_mac_records(path_.c_str(), info.get()));
     std::string file = bytes();
     ASSERT_EQ(file.size(), 69604u);
-    EXPECT_EQ(file.substr(3480 + offsetof(MacIPPair, AP_IPADDR), 12), std::string("192.168.2.1", 12));
+    EXPECT_EQ(file.substr(3480 + offsetof(MacIPPair, AP_IPADDR), 12), std::string("192.168.2.1\0", 12));
     EXPECT_EQ(file.substr(69600), std::string("\x02\x03\x02\x01", 4));
     auto back = empty_info();
     ASSERT_TRUE(cmdlib::load_mac_records(path_.c_str(), back.get()));
