@@ -26,10 +26,6 @@ TEST(MacRecordsAbi, CLayoutIsTheFileLayout) {
     ASSERT_EQ(fn(c.data(), c.size()), want.size());
     c.pop_back();
     EXPECT_EQ(c, want);
-    // The list itself leaves no gap: each field ends where the next begins.
-    for (size_t i = 8; i < want.size(); i += 2) EXPECT_EQ(want[i], want[i - 2] + want[i - 1]) << i;
-    EXPECT_EQ(want[6], sizeof(MacAddr));
-    EXPECT_EQ(want.end()[-2] + want.end()[-1], 3480u);
 }
 
 }  // namespace
