@@ -299,11 +299,12 @@ CMDLIB_API void config_ipv6_addr(const char *prefix, EUI64 *eui64_addr, const ch
                                  int modem_get_interface);
 
 /* "ip -f inet6 addr add ADDR/128 dev DEV scope global", then the same
- * address as a /64 on "br0". */
+ * address as a /64 on "br0".  Nothing is run when either text is null. */
 CMDLIB_API void config_enable_sharing_64prefix_to_a_lan(const char *ipv6_addr, const char *network_dev_name);
 
 /* Replaces the default IPv6 route (both "ip -6 route del ::1/0" tries,
- * then "route -A inet6 add ::1/0 gw GATEWAY dev DEV"). */
+ * then "route -A inet6 add ::1/0 gw GATEWAY dev DEV").  Nothing is run
+ * when either text is null. */
 CMDLIB_API void config_default_ipv6_gateway(const char *ipv6_gateway, const char *network_dev_name);
 
 /* Publishes the IPv6 DNS servers (the first, and the second when

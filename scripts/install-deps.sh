@@ -4,7 +4,7 @@
 set -euo pipefail
 pkgs=(cmake ninja-build g++ pkg-config libcjson-dev googletest libgtest-dev libgmock-dev
       libbenchmark-dev iproute2 iptables conntrack dnsmasq-base udhcpd xl2tpd arping psmisc
-      procps passwd util-linux busybox)
+      procps passwd util-linux busybox net-tools)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
