@@ -117,6 +117,20 @@ CMDLIB_API int util_check_if_md5_sum_is_right(int unused, const char *list_path)
  * low byte of each state.  Applying it twice restores the input. */
 CMDLIB_API void util_encrypt_file_content(unsigned char *buf, int len);
 
+/* ---- Network devices ------------------------------------------------------ */
+
+/* 1 when the kernel has a network device of this name, 0 otherwise (also
+ * for a null or empty name). */
+CMDLIB_API int cmd_netdev_exist(const char *net_dev_name);
+/* Traffic counters of a device as "/proc/net/dev" gives them: received
+ * bytes and packets, sent bytes and packets, each as decimal text into a
+ * buffer of UTIL_NETDEV_COUNTER_SIZE bytes (a null buffer is skipped).
+ * 0, or -1 when the device is not listed or the file can't be read (the
+ * buffers are then untouched). */
+#define UTIL_NETDEV_COUNTER_SIZE 64
+CMDLIB_API int cmd_netdev_flowstat_ex(const char *net_dev_name, char *rx_bytes, char *rx_packets,
+                                      char *tx_bytes, char *tx_packets);
+
 /* ---- Shell -------------------------------------------------------------- */
 
 /* Run through /bin/sh -c and wait; the wait status as system() gives it

@@ -140,27 +140,6 @@ bool parse_status_ind(std::string_view text, int out[10]) {
     return true;
 }
 
-bool parse_netdev_counters(std::string_view text, std::string_view ifname, NetdevCounters *out) {
-    if (ifname.empty()) return false;
-    TextLineReader<512> reader(text);
-    std::string_view line;
-    while (reader.next(&line)) {
-        std::string_view name, rest;
-        if (!split_once(line, ':', &name, &rest) || strip(name) != ifname) continue;
-        // receive: bytes packets errs drop fifo frame compressed multicast,
-        // then transmit: bytes packets ...
-        std::string_view w[10];
-        for (auto &word : w) word = next_word(&rest);
-        if (w[9].empty()) return false;
-        copy_bounded(out->rx_bytes, sizeof out->rx_bytes, w[0]);
-        copy_bounded(out->rx_packets, sizeof out->rx_packets, w[1]);
-        copy_bounded(out->tx_bytes, sizeof out->tx_bytes, w[8]);
-        copy_bounded(out->tx_packets, sizeof out->tx_packets, w[9]);
-        return true;
-    }
-    return false;
-}
-
 size_t compose_module_status_cache(const InfoStruct *info, char *out, size_t size) {
     if (!out || size == 0) return 0;
     out[0] = '\0';
@@ -226,10 +205,9 @@ int util_sync_module_info(const char *network_card_name) {
         cmd_echo_append(write_buffer, kModuleInfo2File);
     }
 
-    char netdev[8192];  // /proc/net/dev of a router: a few dozen interfaces
     NetdevCounters c;
-    if (network_card_name && util_load_file_content(netdev, sizeof netdev, "/proc/net/dev") == 0 &&
-        parse_netdev_counters(netdev, network_card_name, &c)) {
+    if (network_card_name && cmd_netdev_flowstat_ex(network_card_name, c.rx_bytes, c.rx_packets,
+                                                    c.tx_bytes, c.tx_packets) == 0) {
         format_bounded(write_buffer, sizeof write_buffer,
                        "wanRxBytes:%s\nwanRxPackets:%s\nwanTxBytes:%s\nwanTxPackets:%s\n",
                        c.rx_bytes, c.rx_packets, c.tx_bytes, c.tx_packets);

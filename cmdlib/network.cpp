@@ -42,9 +42,6 @@ constexpr const char kResolvConf[] = "/var/run/resolv.conf";
 constexpr const char kManualDnsConf[] = "/tmp/cmdlib/.manual_dns_conf_file";
 
 constexpr const char kWanFallback[] = "usb0";
-constexpr const char kWirelessName[] = "ath0";
-constexpr const char kEthernetName[] = "eth0";
-constexpr const char kStaticRouteTable[] = "205";
 
 // Any of these blocks re-enabling WAN forwarding (set by other daemons).
 constexpr const char *kForwardBlockers[] = {
@@ -76,8 +73,6 @@ int get_inet_ioctl(const char *dev, unsigned long request, struct in_addr *out) 
     return 0;
 }
 
-bool netdev_exists(const char *name) { return if_nametoindex(name) != 0; }
-
 bool parse_ipv4(const char *text, uint32_t *host_order) {
     struct in_addr a;
     if (!text || inet_pton(AF_INET, text, &a) != 1) return false;
@@ -97,6 +92,13 @@ int ipv6_text(const char *dev, char *out, int size, int link_local) {
 
 CMDLIB_API extern const char *const ethernet_port_map_table[8] = {"0", "0", "4", "1", "2", "3", "0", "0"};
 CMDLIB_API extern const int ethernet_port_map_table_from_label[8] = {0, 3, 4, 5, 2, 0, 0, 0};
+
+CMDLIB_API extern const char util_system_network_bridge_name[] = "br0";
+CMDLIB_API extern const char util_wireless_interface_name[] = "ath0";
+CMDLIB_API extern const char util_ethernet_interface_name[] = "eth0";
+CMDLIB_API extern const char util_static_route_table_name[] = "205";
+static_assert(sizeof util_system_network_bridge_name == sizeof cmdlib::kBridgeName,
+              "the family's bridge is the exported one");
 
 // ---- IPv4 addresses ---------------------------------------------------------
 
@@ -281,26 +283,26 @@ CMDLIB_API char *util_get_wan_interface_name(void) {
 CMDLIB_API char *util_get_ipv6_wan_interface_name(void) { return util_get_wan_interface_name(); }
 
 CMDLIB_API char *util_get_system_network_bridge_name(void) {
-    return const_cast<char *>(cmdlib::kBridgeName);
+    return const_cast<char *>(util_system_network_bridge_name);
 }
 
 CMDLIB_API char *util_get_wireless_interface_name(void) {
-    return const_cast<char *>(kWirelessName);
+    return const_cast<char *>(util_wireless_interface_name);
 }
 
 CMDLIB_API char *util_get_ethernet_interface_name(void) {
-    return const_cast<char *>(kEthernetName);
+    return const_cast<char *>(util_ethernet_interface_name);
 }
 
 CMDLIB_API char *util_get_static_route_table_name(void) {
-    return const_cast<char *>(kStaticRouteTable);
+    return const_cast<char *>(util_static_route_table_name);
 }
 
 CMDLIB_API int util_get_ppp_net_dev(char *ppp_dev) {
     for (int i = 0; i <= 8; ++i) {  // ppp0 .. ppp8
         char name[8];
         format_bounded(name, sizeof name, "ppp%d", i);
-        if (!netdev_exists(name)) continue;
+        if (!cmd_netdev_exist(name)) continue;
         if (ppp_dev) strcpy(ppp_dev, name);
         return 0;
     }
@@ -311,7 +313,7 @@ CMDLIB_API int util_get_ppp_net_dev(char *ppp_dev) {
 CMDLIB_API void util_get_network_interface_in_bridge(char **network_interfaces,
                                                      int max_interface_count,
                                                      int *network_interface_count) {
-    copy_bounded(g_interface_names[0], sizeof g_interface_names[0], kEthernetName);
+    copy_bounded(g_interface_names[0], sizeof g_interface_names[0], util_ethernet_interface_name);
     int n = max_interface_count < 1 ? 0 : 1;  // only the Ethernet device is listed
     if (n > 0 && network_interfaces) network_interfaces[0] = g_interface_names[0];
     if (network_interface_count) *network_interface_count = n;

@@ -157,6 +157,14 @@ CMDLIB_API void util_network_del_ipv6_route_entry(char *interface, char *ipv6, i
 
 /* ---- Interface names ----------------------------------------------------- */
 
+/* The fixed names: LAN bridge "br0", wireless "ath0", Ethernet "eth0", and
+ * the policy-routing table of static routes "205".  The getters below
+ * return these same texts. */
+CMDLIB_API extern const char util_system_network_bridge_name[];
+CMDLIB_API extern const char util_wireless_interface_name[];
+CMDLIB_API extern const char util_ethernet_interface_name[];
+CMDLIB_API extern const char util_static_route_table_name[];
+
 /* Device of the default route when it is the first route; static buffer
  * overwritten by the next call; NULL otherwise. */
 CMDLIB_API char *util_get_wan_interface_name_dynamically(void);
@@ -248,6 +256,74 @@ CMDLIB_API int util_gen_nat_session_table(const char *output_path);
 CMDLIB_API int util_collect_dns_and_icmp_dest_ip(DestIPInConntrackInfo *conntrack_info);
 /* ip_type 0: ICMP list, 1: DNS list */
 CMDLIB_API void util_add_ip_to_buffer(char *ip, int ip_type, DestIPInConntrackInfo *conntrack_info);
+
+/* ---- IPv6 set-up (network_ipv6.cpp) -------------------------------------- */
+
+/* A modified EUI-64 interface identifier. */
+typedef struct EUI64 {
+    unsigned char value[8];
+} EUI64;
+
+/* Modified EUI-64 of a MAC: MAC byte 0 with the universal/local bit
+ * flipped, bytes 1 and 2, ff fe, bytes 3 to 5.  0, or -1 when either
+ * pointer is null. */
+CMDLIB_API int util_calc_eui64(MacAddr *mac_addr, EUI64 *eui64_addr);
+
+/* 1 unless "/tmp/cmdlib/.NOT_USE_ACQUIRED_IPV6_INTERFACE_ID" exists (then
+ * the identifier comes from the device's MAC instead). */
+CMDLIB_API int util_use_acquired_ipv6_interface_id(void);
+
+/* Installs the link-local address of the device from bytes 8 to 15 of
+ * local_addr6 (replaced first by the EUI-64 of the device's MAC when the
+ * acquired identifier is not to be used and the MAC can be read) and
+ * stores that identifier in "/tmp/cmdlib/cmdlib_modem_interface_id" as
+ * "::xxxx:xxxx:xxxx:xxxx".  The device's link-local addresses are flushed
+ * and fe80::<identifier>/64 added only when the identifier differs from
+ * the stored one.  Returns the result of writing the file (0 or -1); -1
+ * for a null argument. */
+CMDLIB_API int util_write_interface_id(struct in6_addr *local_addr6, const char *network_dev_name);
+
+/* The stored identifier as an address into ipv6_addr (when not null): 0;
+ * 1 when the file's text is not an IPv6 address; -1 when the file can't
+ * be read. */
+CMDLIB_API int util_read_interface_id(struct in6_addr *ipv6_addr);
+
+/* Flushes the global addresses of the device and of "br0", then gives the
+ * device <prefix with bytes 8..15 replaced>/128 and "br0" the same /64.
+ * Bytes 8..15 come from eui64_addr when modem_get_interface is 0 (and it
+ * is not null), else from the stored identifier (when readable); otherwise
+ * they stay as the prefix has them.  A prefix that is no IPv6 address
+ * leaves both without a global address.  Nothing is done for a null device
+ * name. */
+CMDLIB_API void config_ipv6_addr(const char *prefix, EUI64 *eui64_addr, const char *network_dev_name,
+                                 int modem_get_interface);
+
+/* "ip -f inet6 addr add ADDR/128 dev DEV scope global", then the same
+ * address as a /64 on "br0".  Nothing is run when either text is null. */
+CMDLIB_API void config_enable_sharing_64prefix_to_a_lan(const char *ipv6_addr, const char *network_dev_name);
+
+/* Replaces the default IPv6 route (both "ip -6 route del ::1/0" tries,
+ * then "route -A inet6 add ::1/0 gw GATEWAY dev DEV").  Nothing is run
+ * when either text is null. */
+CMDLIB_API void config_default_ipv6_gateway(const char *ipv6_gateway, const char *network_dev_name);
+
+/* Publishes the IPv6 DNS servers (the first, and the second when
+ * dns_server_count > 1):
+ *  - waits while an IPv4 DHCP client runs ("/tmp/cmdlib/udhcp_ipv4.pid"
+ *    or "/tmp/cmdlib/dhclient_ipv4.pid" readable; no time limit);
+ *  - rewrites "/var/run/resolv.conf": its lines without ':' stay, the old
+ *    IPv6 servers go, "nameserver S" lines follow; the new file is built
+ *    as "/etc/resolv_slaac.conf" and replaces the old one whole.  A missing
+ *    resolver file counts as empty; when the new file can't be written the
+ *    resolver file is left as it was.  An empty server gets no line;
+ *  - with nat64_mode, restarts the totd script;
+ *  - writes "/tmp/cmdlib/.ipv6_dns_server_list" ("S1 S2") and
+ *    "/tmp/cmdlib/.ipv6_dns_server_list_comma" ("S1,S2");
+ *  - restarts the radvd and dhcp6s scripts in the background.
+ * A server text counts up to its first line break; null counts as "". */
+CMDLIB_API void config_ipv6_dns_server_address(const char *global_dns_server1,
+                                               const char *global_dns_server2, int dns_server_count,
+                                               int nat64_mode);
 
 CMDLIB_END_DECLS
 

@@ -49,6 +49,12 @@ has upgrade  && run upgrade version T750_V1.1.0_20230101.img
 has fota     && run fota http://10.64.0.1:8080/fw.img 19 "$(md5sum </tmp/www/fw.img | cut -c1-32)"
 has mesh     && run mesh
 has urlblock && run urlblock ads.example "http://tracker.example/x?id=1"
+has dhcp     && run dhcp restart
+has dhcp     && run dhcp leases
+has mac      && run mac set 02:00:c0:a8:01:64 AP_IPADDR=192.168.10.1 "WIFI2G_SSID[0]=Lounge"
+has mac      && run mac list
+has ipv6     && run ipv6 eui64 02:00:c0:a8:01:01
+has ipv6     && run ipv6 dns 2001:db8:64::53 2001:db8:64::54
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

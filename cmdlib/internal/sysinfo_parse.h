@@ -1,12 +1,14 @@
 // Parsers of the files behind the system information record: version file,
-// module file, /proc/meminfo, /proc/net/dev, the status indication line and
-// the radio cache.  Each works on text so that tests can feed fixtures.
+// module file, /proc/meminfo, the status indication line and the radio
+// cache; the /proc/net/dev counters are base's (base/internal/netdev_parse.h).
+// Each works on text so that tests can feed fixtures.
 #pragma once
 
 #include <stddef.h>
 
 #include <string_view>
 
+#include "base/internal/netdev_parse.h"
 #include "cmdlib/cmdlib.h"
 
 namespace cmdlib {
@@ -30,16 +32,6 @@ void apply_meminfo_line(std::string_view line, char *mem_total, char *mem_free, 
 // The status indication text: its first ten blank-separated words as
 // numbers (atoi).  false when it holds fewer than ten words.
 bool parse_status_ind(std::string_view text, int out[10]);
-
-// Traffic counters of one interface from /proc/net/dev text: received
-// bytes and packets, sent bytes and packets, as the kernel wrote them.
-struct NetdevCounters {
-    char rx_bytes[64];
-    char rx_packets[64];
-    char tx_bytes[64];
-    char tx_packets[64];
-};
-bool parse_netdev_counters(std::string_view text, std::string_view ifname, NetdevCounters *out);
 
 // The radio cache's content for the record: an empty line, then
 // "<label><value>\n" for each non-empty cached field in the cache's order.

@@ -263,4 +263,11 @@ void set_answer_signal(const std::string &tool, int signal_number) {
     write_file(answer_stem(tool) + ".signal", std::to_string(signal_number));
 }
 
+bool add_lan_host(const std::string &name, const std::string &mac) {
+    std::string near = name.substr(0, 12) + "-br";
+    return ip("link add " + near + " type veth peer name " + name + " netns " + st::kOperatorNs) == 0 &&
+           ip("link set " + near + " master br0 up") == 0 &&
+           outside("ip link set " + name + " address " + mac + " up") == 0;
+}
+
 }  // namespace devtest

@@ -131,3 +131,13 @@ class DeviceTest : public ::testing::Test {
   protected:
     void SetUp() override;
 };
+
+namespace devtest {
+
+// A LAN host of its own: a veth whose near end joins br0 and whose far end,
+// named `name` with the given MAC, is up in the outside namespace (beside
+// lan0), so a DHCP client there is one more device on the LAN.  "ip link
+// del NAME-br" removes it.
+bool add_lan_host(const std::string &name, const std::string &mac);
+
+}  // namespace devtest
