@@ -256,3 +256,120 @@ void DeviceTest::SetUp() {
     ASSERT_TRUE(devtest::in_device()) << "not inside a device: run this binary through tools/device/run-in-device";
     devtest::reset_device_state();
 }
+
+// ---- servers and captures on the operator side -------------------------------
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <linux/if_packet.h>
+#include <net/ethernet.h>
+#include <net/if.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+namespace devtest {
+
+int outside_socket(int domain, int type, int protocol) {
+    // A socket belongs to the namespace its creator was in: step into the
+    // operator's namespace for the one call and back.
+    int home = ::open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
+    int there = ::open(st::kOperatorNs, O_RDONLY | O_CLOEXEC);
+    int fd = -1;
+    if (home >= 0 && there >= 0 && ::setns(there, CLONE_NEWNET) == 0) {
+        fd = ::socket(domain, type | SOCK_CLOEXEC, protocol);
+        int saved = errno;
+        if (::setns(home, CLONE_NEWNET) != 0) {
+            ADD_FAILURE() << "cannot return to the device's network namespace";
+            ::abort();
+        }
+        errno = saved;
+    }
+    if (home >= 0) ::close(home);
+    if (there >= 0) ::close(there);
+    return fd;
+}
+
+UdpCapture::UdpCapture() {
+    fd_ = outside_socket(AF_PACKET, SOCK_DGRAM, 0);
+    struct ifreq ifr = {};
+    snprintf(ifr.ifr_name, sizeof ifr.ifr_name, "wan0");
+    if (fd_ < 0 || ::ioctl(fd_, SIOCGIFINDEX, &ifr) != 0) {
+        ADD_FAILURE() << "no capture on wan0: " << strerror(errno);
+        return;
+    }
+    struct sockaddr_ll ll = {};
+    ll.sll_family = AF_PACKET;
+    ll.sll_protocol = htons(ETH_P_ALL);
+    ll.sll_ifindex = ifr.ifr_ifindex;
+    if (::bind(fd_, reinterpret_cast<struct sockaddr *>(&ll), sizeof ll) != 0)
+        ADD_FAILURE() << "cannot bind the capture to wan0: " << strerror(errno);
+}
+
+UdpCapture::~UdpCapture() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+namespace {
+
+uint16_t be16_at(const unsigned char *p) { return static_cast<uint16_t>(p[0] << 8 | p[1]); }
+
+// The UDP datagram in an IPv4 or IPv6 packet (no IPv6 extension headers,
+// no fragments); false for anything else.
+bool udp_of(const unsigned char *p, size_t n, uint16_t ethertype, UdpDatagram *d) {
+    char a[INET6_ADDRSTRLEN], b[INET6_ADDRSTRLEN];
+    size_t off;
+    if (ethertype == ETH_P_IP && n >= 20 && p[9] == IPPROTO_UDP && (be16_at(p + 6) & 0x3fff) == 0) {
+        off = (p[0] & 15u) * 4;
+        inet_ntop(AF_INET, p + 12, a, sizeof a);
+        inet_ntop(AF_INET, p + 16, b, sizeof b);
+    } else if (ethertype == ETH_P_IPV6 && n >= 40 && p[6] == IPPROTO_UDP) {
+        off = 40;
+        inet_ntop(AF_INET6, p + 8, a, sizeof a);
+        inet_ntop(AF_INET6, p + 24, b, sizeof b);
+    } else {
+        return false;
+    }
+    if (n < off + 8) return false;
+    size_t len = be16_at(p + off + 4);
+    if (len < 8 || off + len > n) return false;
+    d->src = a;
+    d->dst = b;
+    d->sport = be16_at(p + off);
+    d->dport = be16_at(p + off + 2);
+    d->payload.assign(reinterpret_cast<const char *>(p + off + 8), len - 8);
+    return true;
+}
+
+}  // namespace
+
+void UdpCapture::read_ready(int timeout_ms) {
+    struct pollfd pfd = {fd_, POLLIN, 0};
+    if (fd_ < 0 || ::poll(&pfd, 1, timeout_ms) <= 0) return;
+    unsigned char packet[65536];
+    for (;;) {
+        struct sockaddr_ll from = {};
+        socklen_t len = sizeof from;
+        ssize_t n = ::recvfrom(fd_, packet, sizeof packet, MSG_DONTWAIT, reinterpret_cast<struct sockaddr *>(&from), &len);
+        if (n < 0) return;
+        UdpDatagram d;
+        if (from.sll_pkttype != PACKET_OUTGOING && udp_of(packet, static_cast<size_t>(n), ntohs(from.sll_protocol), &d))
+            seen_.push_back(d);
+    }
+}
+
+std::vector<UdpDatagram> UdpCapture::wait_for(uint16_t dport, size_t n, int timeout_ms) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    std::vector<UdpDatagram> out;
+    for (;;) {
+        out.clear();
+        for (const auto &d : seen_)
+            if (d.dport == dport) out.push_back(d);
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (out.size() >= n || left.count() <= 0) return out;
+        read_ready(static_cast<int>(left.count()));
+    }
+}
+
+}  // namespace devtest
