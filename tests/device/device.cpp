@@ -373,3 +373,57 @@ std::vector<UdpDatagram> UdpCapture::wait_for(uint16_t dport, size_t n, int time
 }
 
 }  // namespace devtest
+
+namespace devtest {
+
+UdpResponder::UdpResponder(const std::string &addr, uint16_t port, Reply reply) : reply_(std::move(reply)) {
+    fd_ = outside_socket(AF_INET, SOCK_DGRAM, 0);
+    struct sockaddr_in a = {};
+    a.sin_family = AF_INET;
+    a.sin_port = htons(port);
+    if (fd_ < 0 || inet_pton(AF_INET, addr.c_str(), &a.sin_addr) != 1 ||
+        ::bind(fd_, reinterpret_cast<struct sockaddr *>(&a), sizeof a) != 0) {
+        ADD_FAILURE() << "no responder on " << addr << ":" << port << ": " << strerror(errno);
+        return;
+    }
+    thread_ = std::thread([this] { serve(); });
+}
+
+UdpResponder::~UdpResponder() {
+    stop_ = true;
+    if (thread_.joinable()) thread_.join();
+    if (fd_ >= 0) ::close(fd_);
+}
+
+void UdpResponder::serve() {
+    while (!stop_) {
+        struct pollfd p = {fd_, POLLIN, 0};
+        if (::poll(&p, 1, 20) <= 0) continue;
+        char buf[65536];
+        struct sockaddr_storage from;
+        socklen_t len = sizeof from;
+        ssize_t n = ::recvfrom(fd_, buf, sizeof buf, 0, reinterpret_cast<struct sockaddr *>(&from), &len);
+        if (n < 0) continue;
+        std::string request(buf, static_cast<size_t>(n));
+        std::string answer = reply_ ? reply_(request) : std::string();
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            received_.push_back(request);
+        }
+        if (!answer.empty())
+            ::sendto(fd_, answer.data(), answer.size(), 0, reinterpret_cast<struct sockaddr *>(&from), len);
+    }
+}
+
+std::vector<std::string> UdpResponder::received(size_t n, int timeout_ms) {
+    wait_until(
+        [&] {
+            std::lock_guard<std::mutex> lock(mutex_);
+            return received_.size() >= n;
+        },
+        timeout_ms);
+    std::lock_guard<std::mutex> lock(mutex_);
+    return received_;
+}
+
+}  // namespace devtest

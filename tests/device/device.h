@@ -11,8 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace devtest {
@@ -158,6 +161,35 @@ class UdpCapture {
     void read_ready(int timeout_ms);
     int fd_ = -1;
     std::vector<UdpDatagram> seen_;
+};
+
+}  // namespace devtest
+
+namespace devtest {
+
+// A UDP server of the test's own on the operator side (a hostile or
+// silent peer): bound to addr:port in the outside namespace, it answers
+// each datagram with what reply() makes of it (nothing for ""), and keeps
+// every datagram it received.
+class UdpResponder {
+  public:
+    using Reply = std::function<std::string(const std::string &request)>;
+    UdpResponder(const std::string &addr, uint16_t port, Reply reply);
+    ~UdpResponder();
+    UdpResponder(const UdpResponder &) = delete;
+    UdpResponder &operator=(const UdpResponder &) = delete;
+    // What arrived so far, after waiting until there are at least n
+    // datagrams (or timeout_ms passed).
+    std::vector<std::string> received(size_t n = 0, int timeout_ms = 5000);
+
+  private:
+    void serve();
+    Reply reply_;
+    int fd_ = -1;
+    std::mutex mutex_;
+    std::vector<std::string> received_;
+    std::atomic<bool> stop_{false};
+    std::thread thread_;
 };
 
 }  // namespace devtest

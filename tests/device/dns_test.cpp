@@ -5,15 +5,12 @@
 // silent: there a counting 1 ms pause stands in for the first 13 (one send
 // and twelve receive attempts), so the slow path costs milliseconds.
 #include <arpa/inet.h>
-#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <functional>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -241,44 +238,6 @@ TEST_F(DnsTest, ProbeDefaultsArePublicResolversAskedOnlyInsideTheDevice) {
 
 // ---- a hostile server ------------------------------------------------------------------
 
-// Answers every question on 10.64.0.66:53 with what reply() makes of it.
-class Responder {
-  public:
-    explicit Responder(std::function<std::string(const std::string &)> reply) : reply_(std::move(reply)) {
-        fd_ = devtest::outside_socket(AF_INET, SOCK_DGRAM, 0);
-        struct sockaddr_in a = {};
-        a.sin_family = AF_INET;
-        a.sin_port = htons(53);
-        inet_pton(AF_INET, "10.64.0.66", &a.sin_addr);
-        EXPECT_EQ(bind(fd_, reinterpret_cast<struct sockaddr *>(&a), sizeof a), 0);
-        thread_ = std::thread([this] { serve(); });
-    }
-    ~Responder() {
-        stop_ = true;
-        thread_.join();
-        close(fd_);
-    }
-
-  private:
-    void serve() {
-        while (!stop_) {
-            struct pollfd p = {fd_, POLLIN, 0};
-            if (poll(&p, 1, 20) <= 0) continue;
-            char buf[2048];
-            struct sockaddr_storage from;
-            socklen_t len = sizeof from;
-            ssize_t n = recvfrom(fd_, buf, sizeof buf, 0, reinterpret_cast<struct sockaddr *>(&from), &len);
-            if (n <= 0) continue;
-            std::string out = reply_(std::string(buf, static_cast<size_t>(n)));
-            sendto(fd_, out.data(), out.size(), 0, reinterpret_cast<struct sockaddr *>(&from), len);
-        }
-    }
-    std::function<std::string(const std::string &)> reply_;
-    int fd_ = -1;
-    std::atomic<bool> stop_{false};
-    std::thread thread_;
-};
-
 // The question turned into a response with the given id, answer count and
 // A records (addresses 10.66.0.1, 10.66.0.2, ...), padded to `size` bytes.
 std::string answer(const std::string &q, int id, uint16_t count, int records, size_t size = 0) {
@@ -317,7 +276,7 @@ TEST_F(DnsTest, HostileServerDatagrams) {
          -3, {}, 0},
     };
     for (const auto &c : cases) {
-        Responder server(c.reply);
+        devtest::UdpResponder server("10.64.0.66", 53, c.reply);
         Resolved r = resolve("router.test", "10.64.0.66");
         EXPECT_EQ(r.result, c.resolver) << c.what;
         EXPECT_THAT(r.ips, ElementsAreArray(c.ips)) << c.what;
