@@ -34,7 +34,7 @@ template <class Reader> void read_lns_selection(Reader &r, char *lns, char *name
         for (const Target &t : targets) {
             if (t.word.substr(0, key.size()) != key || key.size() > t.word.size()) continue;
             if (t.out) {
-                memcpy(t.out, value.data(), value.size());
+                if (!value.empty()) memcpy(t.out, value.data(), value.size());
                 t.out[value.size()] = '\0';
             }
             break;
