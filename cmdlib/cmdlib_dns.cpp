@@ -40,19 +40,25 @@ using cmdlib::UniqueFd;
 constexpr const char *kDebugFlag = "/tmp/.dns_debug";
 constexpr const char *kDebugLog = "/tmp/.send_dns.log";
 
+// Formats one trace line into its 1024-byte buffer and appends it.  Kept
+// out of line so that the buffer is on the stack only while tracing.
+__attribute__((noinline)) void dns_log_write(const char *func, int stmt, const char *fmt, va_list ap) {
+    char line[1024];
+    size_t n = cmdlib::format_bounded(line, sizeof line, "=====>%s[%d] ", func, stmt);
+    vsnprintf(line + n, sizeof line - n, fmt, ap);
+    cmd_echo_append(line, kDebugLog);
+}
+
 // Appends "=====>FUNC[STMT] text" to the trace while the flag file exists
 // (looked up anew for every message, so tracing can be switched on and off
 // under a running daemon).
 void dns_log(const char *func, int stmt, const char *fmt, ...) __attribute__((format(printf, 3, 4)));
 void dns_log(const char *func, int stmt, const char *fmt, ...) {
     if (access(kDebugFlag, F_OK) != 0) return;
-    char line[1024];
-    size_t n = cmdlib::format_bounded(line, sizeof line, "=====>%s[%d] ", func, stmt);
     va_list ap;
     va_start(ap, fmt);
-    vsnprintf(line + n, sizeof line - n, fmt, ap);
+    dns_log_write(func, stmt, fmt, ap);
     va_end(ap);
-    cmd_echo_append(line, kDebugLog);
 }
 
 // ---- probe layer ---------------------------------------------------------------
@@ -405,18 +411,21 @@ CMDLIB_API int32_t utility_get_host_name_v4_no_truncated(dnsAnswerAddrQueue_t *o
                                                          const int32_t dns_s_len, const char *iface,
                                                          const char *wan_ip) {
     if (!o_ans_queue || !domain) return -1;
-    // The name or URL, at most 256 bytes of it, in a terminated work buffer;
-    // the host is what follows "://" up to the first ':' or '/'.
+    // The name or URL, at most 256 bytes of it, in the work buffer, cut in
+    // place to its host: what follows "://" up to the first ':' or '/'.
     char work[dns::kNameBufferSize];
+    const char *text = reinterpret_cast<const char *>(domain);
     size_t limit = domain_len > 0 ? static_cast<size_t>(domain_len) : 0;
     if (limit > sizeof work - 1) limit = sizeof work - 1;
-    const char *text = reinterpret_cast<const char *>(domain);
-    cmdlib::copy_bounded(work, sizeof work, std::string_view(text, strnlen(text, limit)));
-    char host[dns::kNameBufferSize];
-    cmdlib::copy_bounded(host, sizeof host, dns::host_of(work));
-    dns_log(__func__, 311, "start nslookup %s (before strip: %s)", host, work);
+    const size_t text_len = strnlen(text, limit);
+    memcpy(work, text, text_len);
+    work[text_len] = '\0';
+    const std::string_view cut = dns::host_of(std::string_view(work, text_len));
+    char *host = work + (cut.data() - work);
+    const size_t host_len = cut.size();
+    host[host_len] = '\0';
+    dns_log(__func__, 311, "start nslookup %s (before strip: %.*s)", host, static_cast<int>(text_len), text);
 
-    const size_t host_len = strlen(host);
     if (dns::usable_ipv4(host)) {
         dns_log(__func__, 316, "domain(%s) is an ipv4 addr...", host);
         dns_ans_queue_push(reinterpret_cast<const unsigned char *>(host), static_cast<int32_t>(host_len + 1),
@@ -425,7 +434,7 @@ CMDLIB_API int32_t utility_get_host_name_v4_no_truncated(dnsAnswerAddrQueue_t *o
     }
 
     if (!dns_server) return -1;
-    char server[dns::kNameBufferSize];
+    char server[64];  // a dotted address is at most 15 characters
     terminated_copy(server, reinterpret_cast<const char *>(dns_server),
                     dns_s_len > 0 ? static_cast<size_t>(dns_s_len) : 0);
     if (!dns::usable_ipv4(server)) {

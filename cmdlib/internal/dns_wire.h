@@ -7,7 +7,6 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <stdio.h>
 #include <string.h>
 
 #include <string_view>
@@ -145,6 +144,20 @@ inline bool answer_count(const uint8_t *msg, size_t received, uint16_t *count) {
     return octet[3] != 0 && octet[3] != 255;
 }
 
+// "a.b.c.d" of four bytes into out (16 bytes), as inet_ntoa writes it,
+// without printf's stack appetite.
+inline void dotted(const uint8_t a[4], char out[16]) {
+    char *p = out;
+    for (int i = 0; i < 4; ++i) {
+        if (i) *p++ = '.';
+        unsigned v = a[i];
+        if (v >= 100) *p++ = static_cast<char>('0' + v / 100);
+        if (v >= 10) *p++ = static_cast<char>('0' + v / 10 % 10);
+        *p++ = static_cast<char>('0' + v % 10);
+    }
+    *p = '\0';
+}
+
 // What the answer walk reports, record by record.
 struct AnswerSink {
     // Every record's fixed part, before its data is looked at.
@@ -196,8 +209,7 @@ inline WalkEnd walk_answers(const uint8_t *msg, size_t received, size_t question
             answer.an_info = &info;
             if (info.data_len) memcpy(answer.addr_v4, data, info.data_len);
             char text[16];
-            snprintf(text, sizeof text, "%u.%u.%u.%u", answer.addr_v4[0], answer.addr_v4[1],
-                     answer.addr_v4[2], answer.addr_v4[3]);
+            dotted(answer.addr_v4, text);
             sink->address(index, text);
             ++pushed;
         } else if (!r.skip(info.data_len)) {

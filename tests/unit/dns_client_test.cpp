@@ -196,6 +196,8 @@ TEST(DnsAnswerWalk, HostileAnswersEndTheWalkKeepingWhatWasRead) {
         {"three A, two wanted", response(3, {{0xc00c, 1, kA1}, {0xc00c, 1, kA2}, {0xc00c, 1, kA3}}),
          dns::WalkEnd::kDone, {"10.1.2.3", "10.1.2.4"}},
         {"A of 5 bytes", response(1, {{0xc00c, 1, kA1 + "x"}}), dns::WalkEnd::kDone, {"10.1.2.3"}},
+        {"widest and zero octets", response(1, {{0xc00c, 1, std::string("\xc0\xa8\x00\xff", 4)}}), dns::WalkEnd::kDone,
+         {"192.168.0.255"}},
         {"A of 6 bytes after an A", response(2, {{0xc00c, 1, kA1}, {0xc00c, 1, kA2 + "xy"}}),
          dns::WalkEnd::kTooLong, {"10.1.2.3"}},
         {"count above the records", response(9, {{0xc00c, 1, kA1}}), dns::WalkEnd::kTruncated, {"10.1.2.3"}},
