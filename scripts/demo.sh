@@ -38,6 +38,12 @@ has nat      && run nat
 has ps       && run ps dnsmasq
 has usb      && run usb ports
 has cat      && run cat /tmp/cmdlib/.system_signal_sim_status_ind
+has resolve  && run resolve www.operator.example
+has resolve  && run resolve fota.operator.example --server 0.0.0.0 --server2 10.64.0.53 --dev usb0 --src 10.64.0.2
+has probe    && run probe dns6 fota.operator.example 2001:db8:64::53
+has lns      && run lns probe 10.64.0.1
+has url      && run url host https://admin@10.64.0.80:8443/fw/t750.bin
+has ntp      && run ntp
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

@@ -99,3 +99,22 @@ printf '\r\nFibocom Wireless Inc.\r\nFM350-GL\r\nRevision: 81600.0000.00.29.21.1
 echo 0 >/var/lib/device/sendat/1.delay
 printf 'ATI' >/var/lib/device/sendat/1.cmd
 (exec -a dnsmasq sleep 100000) &
+
+# The operator's DNS server (10.64.0.53, 2001:db8:64::53) and L2TP network
+# server (10.64.0.1) on the far side of usb0.
+OPERATOR="nsenter --net=/var/lib/device/ns/operator"
+$OPERATOR ip addr add 10.64.0.53/24 dev wan0
+$OPERATOR ip addr add 2001:db8:64::53/64 dev wan0 nodad
+mkdir -p /tmp/operator
+cat >/tmp/operator/hosts <<'HOSTS'
+10.64.0.80 fota.operator.example
+10.64.0.81 fota.operator.example
+2001:db8:64::80 fota.operator.example
+HOSTS
+$OPERATOR dnsmasq --conf-file=/dev/null --no-resolv --no-hosts --addn-hosts=/tmp/operator/hosts \
+    --bind-interfaces --listen-address=10.64.0.53 --listen-address=2001:db8:64::53 \
+    --local=/operator.example/ --cname=www.operator.example,fota.operator.example \
+    --pid-file=/tmp/operator/dnsmasq.pid
+printf '[global]\nlisten-addr = 10.64.0.1\n[lns default]\nip range = 10.99.0.10-10.99.0.20\nlocal ip = 10.99.0.1\nhostname = lns.operator.example\n' \
+    >/tmp/operator/xl2tpd.conf
+$OPERATOR xl2tpd -c /tmp/operator/xl2tpd.conf -p /tmp/operator/xl2tpd.pid -C /tmp/operator/l2tp-control
