@@ -1,77 +1,109 @@
-// Golden files of the tests (tests/data/): recorded packets (.bin) and
-// expected bytes written as commented hex (.hex: hex digits, blanks and
-// line ends ignored, '#' to the end of a line is a comment).
+// Golden files and case tables of the tests (tests/data/): .bin recorded
+// packets; .hex bytes as hex digits ('#' starts a comment, blanks ignored);
+// .tsv one case a line, tab-separated fields with \n \r \t \\ escapes;
+// .cases blocks, each "== f1 | f2 | ..." line starting a case whose body
+// is the lines up to the next one.
 #pragma once
 
+#include <stdio.h>
 #include <stdlib.h>
 
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace golden {
 
-// tests/data/<relative>: through the checkout the device runner names
-// (CMDLIB_SRC), else beside this header.
+// tests/data/<relative>, through the checkout the device runner names.
 inline std::string path(const std::string &relative) {
     const char *src = getenv("CMDLIB_SRC");
     std::string here = __FILE__;
-    std::string dir = src && *src ? std::string(src) + "/tests" : here.substr(0, here.rfind('/'));
-    return dir + "/data/" + relative;
+    return (src && *src ? std::string(src) + "/tests" : here.substr(0, here.rfind('/'))) + "/data/" + relative;
 }
 
-// The file's bytes; "" when it cannot be read.
 inline std::string bytes(const std::string &relative) {
-    std::ifstream in(path(relative), std::ios::binary);
     std::ostringstream s;
-    s << in.rdbuf();
+    s << std::ifstream(path(relative), std::ios::binary).rdbuf();
     return s.str();
 }
 
-inline int hex_digit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-// Hex text to bytes: blanks, line ends and comments skipped; "" for a
-// stray character or an odd number of digits, so a broken file fails.
+// "" for a stray character or an odd digit count: a broken file fails.
 inline std::string from_hex(const std::string &text) {
-    std::string out;
-    int high = -1;
-    bool comment = false;
-    for (char c : text) {
-        if (c == '\n') comment = false;
-        if (comment || c == ' ' || c == '\t' || c == '\n' || c == '\r') continue;
-        if (c == '#') {
-            comment = true;
-            continue;
-        }
-        int d = hex_digit(c);
-        if (d < 0) return "";
-        if (high < 0) {
-            high = d;
-        } else {
-            out += static_cast<char>(high << 4 | d);
-            high = -1;
-        }
-    }
-    return high < 0 ? out : "";
+    std::string digits, out;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        for (char c : line.substr(0, line.find('#'))) digits += c == ' ' || c == '\t' || c == '\r' ? "" : std::string(1, c);
+    if (digits.size() % 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) return "";
+    for (size_t i = 0; i < digits.size(); i += 2) out += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    return out;
 }
 
-// A .hex golden file's bytes.
 inline std::string hex_file(const std::string &relative) { return from_hex(bytes(relative)); }
 
-// Bytes as spaced hex, for readable failure messages.
+// Spaced hex, 16 bytes a line: comparisons that print readably.
 inline std::string to_hex(const std::string &b) {
-    static const char *digits = "0123456789abcdef";
     std::string out;
+    char two[4];
     for (size_t i = 0; i < b.size(); ++i) {
-        if (i) out += (i % 16 == 0) ? '\n' : ' ';
-        out += digits[static_cast<unsigned char>(b[i]) >> 4];
-        out += digits[static_cast<unsigned char>(b[i]) & 15];
+        snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(b[i]));
+        out += (i == 0 ? "" : i % 16 ? " " : "\n") + std::string(two);
     }
+    return out;
+}
+
+inline std::string unescape(const std::string &s) {
+    std::string out;
+    for (size_t i = 0; i < s.size(); ++i) {
+        if (s[i] != '\\' || i + 1 == s.size()) {
+            out += s[i];
+            continue;
+        }
+        char c = s[++i];
+        out += c == 'n' ? '\n' : c == 'r' ? '\r' : c == 't' ? '\t' : c;
+    }
+    return out;
+}
+
+inline std::vector<std::vector<std::string>> rows(const std::string &relative) {
+    std::vector<std::vector<std::string>> out;
+    std::istringstream lines(bytes(relative));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        out.emplace_back();
+        std::istringstream fields(line);
+        for (std::string f; std::getline(fields, f, '\t');) out.back().push_back(unescape(f));
+        if (line.back() == '\t') out.back().emplace_back();
+    }
+    return out;
+}
+
+struct Case {
+    std::vector<std::string> fields;
+    std::string body;
+};
+
+inline std::vector<Case> cases(const std::string &relative) {
+    std::vector<Case> out;
+    std::istringstream lines(bytes(relative));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("== ", 0) != 0) {
+            if (!out.empty()) out.back().body += line + "\n";
+            continue;
+        }
+        out.emplace_back();
+        std::string rest = line.substr(3) + " | ";
+        for (size_t at; (at = rest.find(" | ")) != std::string::npos; rest.erase(0, at + 3))
+            out.back().fields.push_back(rest.substr(0, at));
+    }
+    return out;
+}
+
+// Words of a blank-separated field.
+inline std::vector<std::string> words(const std::string &field) {
+    std::istringstream in(field);
+    std::vector<std::string> out;
+    for (std::string w; in >> w;) out.push_back(w);
     return out;
 }
 

@@ -183,7 +183,6 @@ class UdpResponder {
     std::vector<std::string> received(size_t n = 0, int timeout_ms = 5000);
 
   private:
-    void serve();
     Reply reply_;
     int fd_ = -1;
     std::mutex mutex_;
