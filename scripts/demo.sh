@@ -55,6 +55,12 @@ has mac      && run mac set 02:00:c0:a8:01:64 AP_IPADDR=192.168.10.1 "WIFI2G_SSI
 has mac      && run mac list
 has ipv6     && run ipv6 eui64 02:00:c0:a8:01:01
 has ipv6     && run ipv6 dns 2001:db8:64::53 2001:db8:64::54
+has resolve  && run resolve www.operator.example
+has resolve  && run resolve fota.operator.example --server 0.0.0.0 --server2 10.64.0.53 --dev usb0 --src 10.64.0.2
+has probe    && run probe dns6 fota.operator.example 2001:db8:64::53
+has lns      && run lns probe 10.64.0.1
+has url      && run url host https://admin@10.64.0.80:8443/fw/t750.bin
+has ntp      && run ntp
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

@@ -1,4 +1,14 @@
 // Helpers of the device tests; see device.h.
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <linux/if_packet.h>
+#include <net/ethernet.h>
+#include <net/if.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
 #include "device.h"
 
 #include <errno.h>
@@ -268,6 +278,123 @@ bool add_lan_host(const std::string &name, const std::string &mac) {
     return ip("link add " + near + " type veth peer name " + name + " netns " + st::kOperatorNs) == 0 &&
            ip("link set " + near + " master br0 up") == 0 &&
            outside("ip link set " + name + " address " + mac + " up") == 0;
+}
+
+}  // namespace devtest
+
+// ---- servers and captures on the operator side -------------------------------
+
+namespace devtest {
+
+int outside_socket(int domain, int type, int protocol) {
+    // A socket belongs to the namespace its creator was in: step into the
+    // operator's namespace for the one call and back.
+    int home = ::open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC), there = ::open(st::kOperatorNs, O_RDONLY | O_CLOEXEC);
+    int fd = -1;
+    if (home >= 0 && there >= 0 && ::setns(there, CLONE_NEWNET) == 0) {
+        fd = ::socket(domain, type | SOCK_CLOEXEC, protocol);
+        if (::setns(home, CLONE_NEWNET) != 0) ::abort();  // the test would run on the wrong side
+    }
+    ::close(home);
+    ::close(there);
+    return fd;
+}
+
+UdpCapture::UdpCapture() {
+    fd_ = outside_socket(AF_PACKET, SOCK_DGRAM, 0);
+    struct ifreq ifr = {};
+    snprintf(ifr.ifr_name, sizeof ifr.ifr_name, "wan0");
+    struct sockaddr_ll ll = {};
+    ll.sll_family = AF_PACKET;
+    ll.sll_protocol = htons(ETH_P_ALL);
+    if (fd_ < 0 || ::ioctl(fd_, SIOCGIFINDEX, &ifr) != 0 ||
+        (ll.sll_ifindex = ifr.ifr_ifindex, ::bind(fd_, reinterpret_cast<struct sockaddr *>(&ll), sizeof ll)) != 0)
+        ADD_FAILURE() << "no capture on wan0: " << strerror(errno);
+}
+
+UdpCapture::~UdpCapture() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+void UdpCapture::read_ready(int timeout_ms) {
+    struct pollfd pfd = {fd_, POLLIN, 0};
+    if (fd_ < 0 || ::poll(&pfd, 1, timeout_ms) <= 0) return;
+    unsigned char p[65536];
+    struct sockaddr_ll from = {};
+    socklen_t len = sizeof from;
+    for (ssize_t n; (n = ::recvfrom(fd_, p, sizeof p, MSG_DONTWAIT, reinterpret_cast<struct sockaddr *>(&from), &len)) >= 0;
+         len = sizeof from) {
+        // UDP in IPv4 (unfragmented) or IPv6 (no extension headers) arriving from usb0
+        const bool v4 = ntohs(from.sll_protocol) == ETH_P_IP && n >= 28 && p[9] == IPPROTO_UDP && !(p[6] & 0x3f) && !p[7];
+        const bool v6 = ntohs(from.sll_protocol) == ETH_P_IPV6 && n >= 48 && p[6] == IPPROTO_UDP;
+        if (from.sll_pkttype == PACKET_OUTGOING || !(v4 || v6)) continue;
+        const size_t off = v4 ? (p[0] & 15u) * 4 : 40, udp_len = static_cast<size_t>(p[off + 4] << 8 | p[off + 5]);
+        if (udp_len < 8 || off + udp_len > static_cast<size_t>(n)) continue;
+        UdpDatagram d;
+        char a[INET6_ADDRSTRLEN];
+        d.src = inet_ntop(v4 ? AF_INET : AF_INET6, p + (v4 ? 12 : 8), a, sizeof a);
+        d.dst = inet_ntop(v4 ? AF_INET : AF_INET6, p + (v4 ? 16 : 24), a, sizeof a);
+        d.sport = static_cast<uint16_t>(p[off] << 8 | p[off + 1]);
+        d.dport = static_cast<uint16_t>(p[off + 2] << 8 | p[off + 3]);
+        d.payload.assign(reinterpret_cast<const char *>(p + off + 8), udp_len - 8);
+        seen_.push_back(d);
+    }
+}
+
+std::vector<UdpDatagram> UdpCapture::wait_for(uint16_t dport, size_t n, int timeout_ms) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    for (;;) {
+        std::vector<UdpDatagram> out;
+        for (const auto &d : seen_)
+            if (d.dport == dport) out.push_back(d);
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (out.size() >= n || left.count() <= 0) return out;
+        read_ready(static_cast<int>(left.count()));
+    }
+}
+
+UdpResponder::UdpResponder(const std::string &addr, uint16_t port, Reply reply) : reply_(std::move(reply)) {
+    fd_ = outside_socket(AF_INET, SOCK_DGRAM, 0);
+    struct sockaddr_in a = {};
+    a.sin_family = AF_INET;
+    a.sin_port = htons(port);
+    if (fd_ < 0 || inet_pton(AF_INET, addr.c_str(), &a.sin_addr) != 1 ||
+        ::bind(fd_, reinterpret_cast<struct sockaddr *>(&a), sizeof a) != 0) {
+        ADD_FAILURE() << "no responder on " << addr << ":" << port << ": " << strerror(errno);
+        return;
+    }
+    thread_ = std::thread([this] {
+        while (!stop_) {
+            struct pollfd p = {fd_, POLLIN, 0};
+            char buf[65536];
+            struct sockaddr_storage from;
+            socklen_t len = sizeof from;
+            ssize_t n = ::poll(&p, 1, 20) > 0 ? ::recvfrom(fd_, buf, sizeof buf, 0, reinterpret_cast<struct sockaddr *>(&from), &len) : -1;
+            if (n < 0) continue;
+            std::string request(buf, static_cast<size_t>(n)), answer = reply_ ? reply_(request) : "";
+            {
+                std::lock_guard<std::mutex> lock(mutex_);
+                received_.push_back(request);
+            }
+            if (!answer.empty()) ::sendto(fd_, answer.data(), answer.size(), 0, reinterpret_cast<struct sockaddr *>(&from), len);
+        }
+    });
+}
+
+UdpResponder::~UdpResponder() {
+    stop_ = true;
+    if (thread_.joinable()) thread_.join();
+    if (fd_ >= 0) ::close(fd_);
+}
+
+std::vector<std::string> UdpResponder::received(size_t n, int timeout_ms) {
+    auto count = [&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return received_.size();
+    };
+    wait_until([&] { return count() >= n; }, timeout_ms);
+    std::lock_guard<std::mutex> lock(mutex_);
+    return received_;
 }
 
 }  // namespace devtest

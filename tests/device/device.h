@@ -11,8 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace devtest {
@@ -139,5 +142,69 @@ namespace devtest {
 // lan0), so a DHCP client there is one more device on the LAN.  "ip link
 // del NAME-br" removes it.
 bool add_lan_host(const std::string &name, const std::string &mac);
+
+}  // namespace devtest
+
+// ---- servers and captures on the operator side -------------------------------
+namespace devtest {
+
+// A socket made in the outside namespace: a test's own server on the
+// operator's side of usb0 (bind it to an address of wan0) or a raw watch
+// of what arrives there.  -1 (errno set) on failure.
+int outside_socket(int domain, int type, int protocol);
+
+// One UDP datagram as it arrived at wan0 from the device.
+struct UdpDatagram {
+    std::string src, dst;  // addresses as text
+    uint16_t sport = 0, dport = 0;
+    std::string payload;
+};
+
+// Records the UDP datagrams (IPv4 and IPv6) that arrive at wan0, the
+// operator's end of usb0, from construction on: what the library put on
+// the wire, byte for byte, whoever (if anyone) answers it.
+class UdpCapture {
+  public:
+    UdpCapture();  // fails the calling test when no capture can be opened
+    ~UdpCapture();
+    UdpCapture(const UdpCapture &) = delete;
+    UdpCapture &operator=(const UdpCapture &) = delete;
+    // The datagrams to dport seen so far, in order of arrival, after
+    // waiting until there are at least n of them (or timeout_ms passed).
+    std::vector<UdpDatagram> wait_for(uint16_t dport, size_t n = 1, int timeout_ms = 5000);
+
+  private:
+    void read_ready(int timeout_ms);
+    int fd_ = -1;
+    std::vector<UdpDatagram> seen_;
+};
+
+}  // namespace devtest
+
+namespace devtest {
+
+// A UDP server of the test's own on the operator side (a hostile or
+// silent peer): bound to addr:port in the outside namespace, it answers
+// each datagram with what reply() makes of it (nothing for ""), and keeps
+// every datagram it received.
+class UdpResponder {
+  public:
+    using Reply = std::function<std::string(const std::string &request)>;
+    UdpResponder(const std::string &addr, uint16_t port, Reply reply);
+    ~UdpResponder();
+    UdpResponder(const UdpResponder &) = delete;
+    UdpResponder &operator=(const UdpResponder &) = delete;
+    // What arrived so far, after waiting until there are at least n
+    // datagrams (or timeout_ms passed).
+    std::vector<std::string> received(size_t n = 0, int timeout_ms = 5000);
+
+  private:
+    Reply reply_;
+    int fd_ = -1;
+    std::mutex mutex_;
+    std::vector<std::string> received_;
+    std::atomic<bool> stop_{false};
+    std::thread thread_;
+};
 
 }  // namespace devtest

@@ -178,7 +178,7 @@ TEST(HostileMessages, LyingLengthsEndTheWalkNeverTheBuffer) {
         {"return_immediately: a skipped type is the first",
          cat(Msg(NLMSG_NOOP, {}).done(), addr.done()), true},
     };
-    auto want = golden::cases(fixture_path("hostile.golden"));
+    auto want = golden::expect_pairs(fixture_path("hostile.golden"));
     ASSERT_EQ(want.size(), sizeof cases / sizeof cases[0]);
     for (size_t i = 0; i < want.size(); ++i) {
         EXPECT_EQ(cases[i].what, want[i].first);

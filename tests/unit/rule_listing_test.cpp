@@ -38,7 +38,7 @@ cmdlib::NatRule parse(std::string_view line, size_t *words = nullptr) {
 }
 
 TEST(RuleLines, OptionsAreTakenLeftToRight) {
-    auto cases = golden::cases(golden_file("rule_lines.golden"));
+    auto cases = golden::expect_pairs(golden_file("rule_lines.golden"));
     ASSERT_GT(cases.size(), 10u);
     for (const auto &[line, want] : cases) {
         cmdlib::NatRule r = parse(line);
@@ -54,7 +54,7 @@ TEST(RuleLines, OptionsAreTakenLeftToRight) {
 // What the fix pass runs for each checker: <none>, the command (<cut> when
 // it would not fit) and, after rules added to the nat table, the flush.
 TEST(FixCommands, AsTheGoldenFileWritesThem) {
-    auto cases = golden::cases(golden_file("fix_commands.golden"));
+    auto cases = golden::expect_pairs(golden_file("fix_commands.golden"));
     ASSERT_GT(cases.size(), 10u);
     for (const auto &[spec, want] : cases) {
         cmdlib::CommandLine<256> cmd;

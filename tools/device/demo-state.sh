@@ -190,3 +190,22 @@ cat >/tmp/dump.txt <<'MESH'
 MESH
 printf 'fota image payload\n' >/tmp/www/fw.img
 nsenter --net=/var/lib/device/ns/operator busybox httpd -p 10.64.0.1:8080 -h /tmp/www
+
+# The operator's DNS server (10.64.0.53, 2001:db8:64::53) and L2TP network
+# server (10.64.0.1) on the far side of usb0.
+OPERATOR="nsenter --net=/var/lib/device/ns/operator"
+$OPERATOR ip addr add 10.64.0.53/24 dev wan0
+$OPERATOR ip addr add 2001:db8:64::53/64 dev wan0 nodad
+mkdir -p /tmp/operator
+cat >/tmp/operator/hosts <<'HOSTS'
+10.64.0.80 fota.operator.example
+10.64.0.81 fota.operator.example
+2001:db8:64::80 fota.operator.example
+HOSTS
+$OPERATOR dnsmasq --conf-file=/dev/null --no-resolv --no-hosts --addn-hosts=/tmp/operator/hosts \
+    --bind-interfaces --listen-address=10.64.0.53 --listen-address=2001:db8:64::53 \
+    --local=/operator.example/ --cname=www.operator.example,fota.operator.example \
+    --pid-file=/tmp/operator/dnsmasq.pid
+printf '[global]\nlisten-addr = 10.64.0.1\n[lns default]\nip range = 10.99.0.10-10.99.0.20\nlocal ip = 10.99.0.1\nhostname = lns.operator.example\n' \
+    >/tmp/operator/xl2tpd.conf
+$OPERATOR xl2tpd -c /tmp/operator/xl2tpd.conf -p /tmp/operator/xl2tpd.pid -C /tmp/operator/l2tp-control
