@@ -1,0 +1,65 @@
+// Golden cases of the parser tests: every <case>.in below
+// tests/unit/golden/<folder>/ is run through the test's renderer, and the
+// text it gives must equal the <case>.out beside it.  A renderer turns the
+// parser's result into plain text, so a case is read and reviewed as a pair
+// of files.  CMDLIB_GOLDEN_UPDATE=1 writes the .out files instead of
+// comparing (review the diff before committing it).
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace golden {
+
+inline std::string slurp(const std::filesystem::path &p) {
+    std::ifstream in(p, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+// The folder beside the unit tests, found from this header's own path.
+inline std::filesystem::path folder(const std::string &name) {
+    return std::filesystem::path(__FILE__).parent_path().parent_path() / "unit" / "golden" / name;
+}
+
+inline void check(const std::string &name, const std::function<std::string(const std::string &)> &render) {
+    std::vector<std::filesystem::path> cases;
+    std::error_code ec;
+    for (const auto &e : std::filesystem::directory_iterator(folder(name), ec))
+        if (e.path().extension() == ".in") cases.push_back(e.path());
+    ASSERT_FALSE(cases.empty()) << "no cases in " << folder(name);
+    std::sort(cases.begin(), cases.end());
+    const bool update = getenv("CMDLIB_GOLDEN_UPDATE") != nullptr;
+    for (const auto &in : cases) {
+        std::filesystem::path out = in;
+        out.replace_extension(".out");
+        std::string got = render(slurp(in));
+        if (update) {
+            std::ofstream(out, std::ios::binary) << got;
+            continue;
+        }
+        EXPECT_EQ(got, slurp(out)) << "golden case " << in;
+    }
+}
+
+// Renders every line of the input on its own (without its line feed): one
+// output line per input line.
+inline std::function<std::string(const std::string &)> per_line(std::function<std::string(const std::string &)> f) {
+    return [f](const std::string &text) {
+        std::string out;
+        std::istringstream in(text);
+        for (std::string line; std::getline(in, line);) out += f(line) + "\n";
+        return out;
+    };
+}
+
+}  // namespace golden
