@@ -62,4 +62,21 @@ inline std::function<std::string(const std::string &)> per_line(std::function<st
     };
 }
 
+// A case made of blocks: a line "# HEADER" opens a block; the lines up to
+// the next such line are its body.
+struct Block {
+    std::string header, body;
+};
+inline std::vector<Block> blocks(const std::string &text) {
+    std::vector<Block> out;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        if (line.rfind("# ", 0) == 0)
+            out.push_back({line.substr(2), ""});
+        else if (!out.empty())
+            out.back().body += line + "\n";
+    }
+    return out;
+}
+
 }  // namespace golden
