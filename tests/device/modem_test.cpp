@@ -1,10 +1,8 @@
 // Modem family inside the device: the AT channel against the sendat
 // simulator, the flag files, the status indication file, the signal
 // override files and the modem process checks.
-#include <signal.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -24,49 +22,7 @@
 
 namespace {
 
-// Copies of this binary started with MODEM_TEST_SLEEPER set only sleep:
-// they stand in for the modem tools whose names the library looks for.
-const int g_sleeper = [] {
-    if (getenv("MODEM_TEST_SLEEPER")) {
-        pause();
-        _exit(0);
-    }
-    return 0;
-}();
-
-class Program {
-  public:
-    Program(const std::string &name, std::vector<std::string> args) {
-        std::string path = "/tmp/modem_bin/" + name;
-        std::error_code ec;
-        std::filesystem::create_directories("/tmp/modem_bin", ec);
-        if (!std::filesystem::exists(path, ec))
-            std::filesystem::copy_file(std::filesystem::read_symlink("/proc/self/exe"), path, ec);
-        pid_ = fork();
-        if (pid_ == 0) {
-            setenv("MODEM_TEST_SLEEPER", "1", 1);
-            std::vector<char *> argv{const_cast<char *>(path.c_str())};
-            for (auto &a : args) argv.push_back(const_cast<char *>(a.c_str()));
-            argv.push_back(nullptr);
-            execv(path.c_str(), argv.data());
-            _exit(127);
-        }
-        // wait until the child runs under its new name
-        for (int i = 0; i < 200; ++i) {
-            if (devtest::read_file("/proc/" + std::to_string(pid_) + "/cmdline").find(name) !=
-                std::string::npos)
-                break;
-            usleep(5000);
-        }
-    }
-    ~Program() {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
-
-  private:
-    pid_t pid_;
-};
+using devtest::Process;
 
 const char *kStatus = "/tmp/cmdlib/.system_signal_sim_status_ind";
 
@@ -262,18 +218,18 @@ TEST_F(ModemDevice, LogToolsAndDialPrograms) {
     EXPECT_EQ(0, util_get_all_dial_process_names(names, 4));
     EXPECT_EQ(0, util_is_log_tools_running());
     {
-        Program remserial("remserial", {"-x"});  // not serving a port
+        Process remserial({"/usr/bin/remserial", "-x"});  // not serving a port
         EXPECT_EQ(0, util_is_log_tools_running());
     }
     {
-        Program remserial("remserial", {"-s", "115200", "-p", "2000"});
+        Process remserial({"/usr/bin/remserial", "-s", "115200", "-p", "2000"});
         EXPECT_EQ(1, util_is_log_tools_running());
     }
     {
-        Program diag("diag_socket_log", {});
+        Process diag({"/usr/bin/diag_socket_log"});
         EXPECT_EQ(1, util_is_log_tools_running());
     }
-    Program proxy("ComProxy", {});
+    Process proxy({"/usr/bin/ComProxy"});
     EXPECT_EQ(1, util_is_log_tools_running());
 }
 
@@ -282,16 +238,13 @@ TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
     devtest::write_file("/tmp/modem_hold_cmd", "AT+HOLD\n");
     devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/modem_hold_cmd -o/tmp/modem_hold_out >/dev/null 2>&1 &");
     ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
-    Program checker("checkusbnet", {});
-    Program last("diallm923s", {"-i", "usb0"});
-    usleep(200000);
-    ASSERT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
-    ASSERT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
+    Process checker({"/usr/bin/checkusbnet"});
+    Process last({"/usr/bin/diallm923s", "-i", "usb0"});
+    auto running = [](const char *name) { return cmd_ps_is_one_program_running(const_cast<char *>(name)) != 0; };
+    ASSERT_TRUE(running("sendat") && running("diallm923s"));
     util_kill_some_processes_for_modem_upgarde();
-    usleep(300000);
-    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
-    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("checkusbnet")));
-    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
+    for (const char *name : {"sendat", "checkusbnet", "diallm923s"})
+        EXPECT_TRUE(devtest::wait_until([&] { return !running(name); })) << name;
 }
 
 TEST_F(ModemDevice, QuectelUsbRateNeedsNoSysfsFile) {
