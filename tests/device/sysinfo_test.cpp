@@ -161,6 +161,10 @@ TEST_F(Sysinfo, DeviceFacts) {
     write_file("/tmp/cmdlib/.display_wifi_settings_page", "");
     EXPECT_EQ(util_has_wifi_for_this_device(), 1);
     EXPECT_EQ(util_check_device_factory_mac_info(), file_exists("/productinfo/mac") ? 0 : 1);
+    EXPECT_EQ(util_check_device_factory_imei_info(), 1);  // no factory data until it is written
+    write_file("/productinfo/imei", "867530012345678\n");
+    EXPECT_EQ(util_check_device_factory_imei_info(), 0);
+    remove_all("/productinfo/imei");
 }
 
 const char *kSurvey =
