@@ -31,6 +31,11 @@ inline std::filesystem::path folder(const std::string &name) {
     return std::filesystem::path(__FILE__).parent_path().parent_path() / "unit" / "golden" / name;
 }
 
+// A recorded tree of tests/fixtures/ (a /proc or /sys stand-in).
+inline std::string fixture(const std::string &name) {
+    return (std::filesystem::path(__FILE__).parent_path().parent_path() / "fixtures" / name).string();
+}
+
 inline void check(const std::string &name, const std::function<std::string(const std::string &)> &render) {
     std::vector<std::filesystem::path> cases;
     std::error_code ec;
