@@ -17,7 +17,6 @@
 #include "cmdlib/cmdlib_info.h"
 #include "cmdlib/internal/proc_parse.h"
 #include "common/golden.h"
-#include "common/scratch.h"
 
 namespace fs = std::filesystem;
 using cmdlib::ProcCount;
@@ -111,64 +110,38 @@ std::string cwd() {
     return getcwd(buf, sizeof buf) ? buf : "";
 }
 
-// A fixture /proc:
+// The recorded /proc of tests/fixtures/proc:
 //   101 /sbin/udhcpc -i wan        102 /usr/sbin/udhcpc6 -i wan
 //   103 kernel thread (empty)      104 -> 101 (symbolic link)
 //   105 exited (no cmdline)        106 command line of 600 bytes
 //   107 udhcpc -s "a b"            108 udhcpc -p -x (status without most keys)
 //   109 cmdline unreadable (a directory)
 //   abc, 12345678901 (not pids)    self -> 101
-class FixtureProc : public ScratchDir {
+class FixtureProc : public ::testing::Test {
   protected:
-    void SetUp() override {
-        ScratchDir::SetUp();
-        before_ = cwd();
-        auto cmdline = [](std::initializer_list<std::string> args) {
-            std::string s;
-            for (const auto &a : args) s += a + '\0';
-            return s;
-        };
-        write("101/cmdline", cmdline({"/sbin/udhcpc", "-i", "wan"}));
-        write("101/status", "Name:\tudhcpc\nState:\tS (sleeping)\nPid:\t101\nPPid:\t1\nVmPeak:\t    1404 kB\n"
-                            "VmSize:\t    1400 kB\nVmRSS:\t     720 kB\nVmData:\t     120 kB\nVmStk:\t     132 kB\n");
-        write("101/statm", "350 180 120 40 0 30 0\n");
-        write("102/cmdline", cmdline({"/usr/sbin/udhcpc6", "-i", "wan"}));
-        write("103/cmdline", "");
-        write("103/status", "Name:\tkworker\nPid:\t103\n");
-        fs::create_directory_symlink("101", path("104"));
-        fs::create_directories(path("105"));
-        write("106/cmdline", cmdline({"longprog", std::string(600, 'x')}));
-        write("107/cmdline", cmdline({"udhcpc", "-s", "a b"}));
-        write("108/cmdline", cmdline({"udhcpc", "-p", "-x"}));
-        write("108/status", "Pid:\t108\n");
-        fs::create_directories(path("109/cmdline"));
-        write("abc/cmdline", cmdline({"udhcpc"}));
-        write("12345678901/cmdline", cmdline({"udhcpc"}));
-        fs::create_directory_symlink("101", path("self"));
-    }
-    void TearDown() override {
-        EXPECT_EQ(chdir(before_.c_str()), 0);
-        ScratchDir::TearDown();
-    }
+    void TearDown() override { EXPECT_EQ(chdir(before_.c_str()), 0); }
+    std::string path(const std::string &name) const { return root_ + "/" + name; }
     // A walk; after it, the working directory it left and then the old one back.
     int walk(const char *name, std::vector<const char *> match, bool first, char *pid_value, ProcCount *count) {
         ProcQuery q{name, match.empty() ? nullptr : const_cast<char *const *>(match.data()),
                     static_cast<int>(match.size()), first};
-        int n = cmdlib::proc_walk(dir_.c_str(), q, pid_value, count);
+        int n = cmdlib::proc_walk(root_.c_str(), q, pid_value, count);
         after_walk_ = cwd();
         EXPECT_EQ(chdir(before_.c_str()), 0);
         return n;
     }
-    std::string before_, after_walk_;
+    const std::string root_ = golden::fixture("proc"), before_ = cwd();
+    const char *dir() const { return root_.c_str(); }
+    std::string after_walk_;
 };
 
 TEST_F(FixtureProc, ListKeepsDigitNamedDirectoriesOnly) {
     int pids[16];
-    int n = cmdlib::proc_list(dir_.c_str(), pids, 16);
+    int n = cmdlib::proc_list(dir(), pids, 16);
     EXPECT_EQ(cwd(), before_);
     EXPECT_THAT(std::vector<int>(pids, pids + n), ::testing::UnorderedElementsAre(101, 102, 103, 105, 106, 107, 108, 109));
-    EXPECT_EQ(cmdlib::proc_list(dir_.c_str(), pids, 3), 3);
-    EXPECT_EQ(cmdlib::proc_list(dir_.c_str(), nullptr, 16), 0);
+    EXPECT_EQ(cmdlib::proc_list(dir(), pids, 3), 3);
+    EXPECT_EQ(cmdlib::proc_list(dir(), nullptr, 16), 0);
     EXPECT_EQ(cmdlib::proc_list(path("missing").c_str(), pids, 16), 0);
 }
 
@@ -192,7 +165,7 @@ TEST_F(FixtureProc, CountAndFirstMatch) {
     EXPECT_EQ(walk("udhcpc6", {}, true, pid_value, &c), 1);
     EXPECT_EQ(c.first_pid, 102);
     EXPECT_STREQ(pid_value, "102");
-    EXPECT_EQ(fs::path(after_walk_), fs::canonical(dir_));
+    EXPECT_EQ(fs::path(after_walk_), fs::canonical(root_));
     EXPECT_EQ(walk("absent", {}, true, pid_value, &c), 0);
     EXPECT_EQ(after_walk_, before_);
     EXPECT_STREQ(pid_value, "102");  // untouched without a match
@@ -201,47 +174,47 @@ TEST_F(FixtureProc, CountAndFirstMatch) {
 TEST_F(FixtureProc, CommandLineAndArguments) {
     char line[512], small[8];
     memset(line, '#', sizeof line);
-    ASSERT_EQ(cmdlib::proc_command_line(dir_.c_str(), 106, line, sizeof line), 0);
+    ASSERT_EQ(cmdlib::proc_command_line(dir(), 106, line, sizeof line), 0);
     EXPECT_EQ(strlen(line), 510u);  // 511 bytes read, then at most size-2 kept
-    ASSERT_EQ(cmdlib::proc_command_line(dir_.c_str(), 101, small, sizeof small), 0);
+    ASSERT_EQ(cmdlib::proc_command_line(dir(), 101, small, sizeof small), 0);
     EXPECT_STREQ(small, "/sbin/");
     memset(small, '#', sizeof small);
-    EXPECT_EQ(cmdlib::proc_command_line(dir_.c_str(), 105, small, sizeof small), -1);
+    EXPECT_EQ(cmdlib::proc_command_line(dir(), 105, small, sizeof small), -1);
     EXPECT_EQ(small[0], '#');  // untouched
-    EXPECT_EQ(cmdlib::proc_command_line(dir_.c_str(), 101, nullptr, 0), 0);
-    ASSERT_EQ(cmdlib::proc_command_line(dir_.c_str(), 109, small, sizeof small), 0);  // unreadable: empty
+    EXPECT_EQ(cmdlib::proc_command_line(dir(), 101, nullptr, 0), 0);
+    ASSERT_EQ(cmdlib::proc_command_line(dir(), 109, small, sizeof small), 0);  // unreadable: empty
     EXPECT_STREQ(small, "");
 
     char *argv[8], buf[512];
     int argc = -1;
-    EXPECT_EQ(cmdlib::proc_args(dir_.c_str(), 107, argv, &argc, 8, buf, sizeof buf), 4);
+    EXPECT_EQ(cmdlib::proc_args(dir(), 107, argv, &argc, 8, buf, sizeof buf), 4);
     EXPECT_EQ(std::vector<std::string>(argv, argv + argc), (std::vector<std::string>{"udhcpc", "-s", "a", "b"}));
-    EXPECT_EQ(cmdlib::proc_args(dir_.c_str(), 107, argv, &argc, 2, buf, sizeof buf), 2);
-    EXPECT_EQ(cmdlib::proc_args(dir_.c_str(), 106, argv, &argc, 8, buf, sizeof buf), 2);
+    EXPECT_EQ(cmdlib::proc_args(dir(), 107, argv, &argc, 2, buf, sizeof buf), 2);
+    EXPECT_EQ(cmdlib::proc_args(dir(), 106, argv, &argc, 8, buf, sizeof buf), 2);
     EXPECT_EQ(strlen(argv[1]), 509u - strlen("longprog "));  // read with a size of 511
     argc = -1;
-    EXPECT_EQ(cmdlib::proc_args(dir_.c_str(), 105, argv, &argc, 8, buf, sizeof buf), 0);
+    EXPECT_EQ(cmdlib::proc_args(dir(), 105, argv, &argc, 8, buf, sizeof buf), 0);
     EXPECT_EQ(argc, -1);  // untouched when unreadable
-    EXPECT_EQ(cmdlib::proc_args(dir_.c_str(), 103, argv, &argc, 8, buf, sizeof buf), 0);
+    EXPECT_EQ(cmdlib::proc_args(dir(), 103, argv, &argc, 8, buf, sizeof buf), 0);
     EXPECT_EQ(argc, 0);
-    EXPECT_EQ(cmdlib::proc_args(dir_.c_str(), 107, argv, &argc, 8, buf, 0), 0);
+    EXPECT_EQ(cmdlib::proc_args(dir(), 107, argv, &argc, 8, buf, 0), 0);
 }
 
 TEST_F(FixtureProc, ProcessInfoFromStatusAndStatm) {
     ProcessInfo info;
-    ASSERT_EQ(cmdlib::proc_process_info(dir_.c_str(), 101, &info), 0);
+    ASSERT_EQ(cmdlib::proc_process_info(dir(), 101, &info), 0);
     EXPECT_EQ((std::vector<int>{info.Pid, info.PPid, info.VmPeak, info.VmSize, info.VmRSS, info.VmData, info.VmStk,
                                 info.resident_minus_share}),
               (std::vector<int>{101, 1, 1404, 1400, 720, 120, 132, 60}));
     EXPECT_STREQ(info.State, "S (sleeping)");
     EXPECT_STREQ(info.command_line, "/sbin/udhcpc -i wan");
     // status without most keys, no statm: zeros, still a result
-    ASSERT_EQ(cmdlib::proc_process_info(dir_.c_str(), 108, &info), 0);
+    ASSERT_EQ(cmdlib::proc_process_info(dir(), 108, &info), 0);
     EXPECT_EQ((std::vector<int>{info.Pid, info.VmRSS, info.resident_minus_share}), (std::vector<int>{108, 0, 0}));
     EXPECT_STREQ(info.State, "");
     // a kernel thread, a process without status file, one that is gone
-    for (pid_t pid : {103, 102, 105}) EXPECT_EQ(cmdlib::proc_process_info(dir_.c_str(), pid, &info), -1) << pid;
-    EXPECT_EQ(cmdlib::proc_process_info(dir_.c_str(), 101, nullptr), -1);
+    for (pid_t pid : {103, 102, 105}) EXPECT_EQ(cmdlib::proc_process_info(dir(), pid, &info), -1) << pid;
+    EXPECT_EQ(cmdlib::proc_process_info(dir(), 101, nullptr), -1);
 
     BigValue req = request({PROC_FILE_INFO_BIT_VmRSS});
     ProcFileInfo kv;
