@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -63,6 +64,59 @@ inline std::function<std::string(const std::string &)> per_line(std::function<st
         std::string out;
         std::istringstream in(text);
         for (std::string line; std::getline(in, line);) out += f(line) + "\n";
+        return out;
+    };
+}
+
+// C escapes of a table's arguments: \t \r \n \\ \| and \xHH.
+inline std::string unescape(const std::string &s) {
+    std::string out;
+    for (size_t i = 0; i < s.size(); ++i) {
+        if (s[i] != '\\' || i + 1 == s.size()) {
+            out += s[i];
+            continue;
+        }
+        char c = s[++i];
+        if (c == 'x' && i + 2 < s.size()) {
+            out += static_cast<char>(std::stoi(s.substr(i + 1, 2), nullptr, 16));
+            i += 2;
+        } else {
+            out += c == 't' ? '\t' : c == 'r' ? '\r' : c == 'n' ? '\n' : c;
+        }
+    }
+    return out;
+}
+
+// A table of calls: each line "NAME ARG|ARG|..." of a case (arguments
+// unescaped as above, "\|" for a bar inside one) is answered by the
+// function of that name, and the .out repeats the line with " => " and the
+// answer.  Empty lines and lines starting with "#" are copied as they are.
+using Args = std::vector<std::string>;
+using Call = std::function<std::string(const Args &)>;
+inline std::function<std::string(const std::string &)> calls(std::map<std::string, Call> table) {
+    return [table](const std::string &text) {
+        std::string out;
+        std::istringstream in(text);
+        for (std::string line; std::getline(in, line);) {
+            if (line.empty() || line[0] == '#') {
+                out += line + "\n";
+                continue;
+            }
+            size_t sp = line.find(' ');
+            Args args;
+            std::string arg, rest = sp == std::string::npos ? "" : line.substr(sp + 1);
+            for (size_t i = 0; i <= rest.size(); ++i) {
+                if (i == rest.size() || rest[i] == '|') {
+                    args.push_back(unescape(arg));
+                    arg.clear();
+                } else {
+                    arg += rest[i];
+                    if (rest[i] == '\\' && i + 1 < rest.size()) arg += rest[++i];  // an escape stays whole
+                }
+            }
+            auto it = table.find(line.substr(0, sp));
+            out += line + " => " + (it == table.end() ? std::string("<no such call>") : it->second(args)) + "\n";
+        }
         return out;
     };
 }

@@ -1,0 +1,326 @@
+// The modem side's pure rules: band catalogue and bit-map converters,
+// network modes and access technologies, band 42/43 frequencies, UTF-8 to
+// code units, the status indication line, signal bars, the LTE status list,
+// prestore lists and the registration lock.  One-call rules are tables in
+// tests/unit/golden/modem_calls.
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "cmdlib/cmdlib_band.h"
+#include "cmdlib/cmdlib_module.h"
+#include "cmdlib/cmdlib_platform_fibocom_t750_modem.h"
+#include "cmdlib/cmdlib_signal.h"
+#include "cmdlib/internal/signal_level.h"
+#include "cmdlib/internal/status_ind.h"
+#include "common/golden.h"
+
+namespace {
+
+using golden::Args;
+
+struct Record {
+    InfoStruct info;
+    Record() { memset(&info, 0, sizeof info); }
+};
+
+// The text into the field, without a terminator when it fills the field.
+template <size_t N> void fill(char (&field)[N], const std::string &text) {
+    memset(field, 0, N);
+    memcpy(field, text.data(), std::min(text.size(), N));
+}
+
+const char *cstr(const std::string &a) { return a == "(null)" ? nullptr : a.c_str(); }
+std::string str(const char *s) { return s ? std::string("\"") + s + "\"" : "(null)"; }
+
+std::string map_text(const BigValue &v) {
+    char buf[BIG_VALUE_TEXT_SIZE];
+    util_convert_BigValue_to_string(&v, buf);
+    return buf;
+}
+
+std::string map_of(const std::vector<int> &bits) {
+    BigValue v{};
+    for (int b : bits) util_set_one_bit_for_big_value(&v, b);
+    return map_text(v);
+}
+
+std::vector<int> numbers(const std::string &list) {
+    std::vector<int> out;
+    for (size_t i = 0; i < list.size(); i = list.find(',', i) == std::string::npos ? list.size() : list.find(',', i) + 1)
+        out.push_back(std::stoi(list.substr(i)));
+    return out;
+}
+
+std::vector<uint8_t> bytes_of(const std::string &hex) {
+    std::vector<uint8_t> out;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    return out;
+}
+
+std::string band_names(const std::string &map) {
+    char out[UTIL_BAND_NAMES_SIZE];
+    memset(out, 'x', sizeof out);
+    return std::to_string(util_get_all_supported_band_names(map.c_str(), out)) + " \"" + out + "\"";
+}
+
+template <size_t N> std::string setting(char (InfoStruct::*field)[N], int (*fn)(InfoStruct *), const std::string &text) {
+    Record r;
+    fill(r.info.*field, text);
+    return std::to_string(fn(&r.info));
+}
+
+TEST(ModemCalls, Golden) {
+    golden::check("modem_calls", golden::calls({
+        {"band_name", [](const Args &a) { return str(util_get_band_name_by_value(std::stoi(a[0]))); }},
+        {"band_value", [](const Args &a) { return std::to_string(util_get_band_value_by_name(cstr(a[0]))); }},
+        {"band_names_bits", [](const Args &a) { return band_names(map_of(numbers(a[0]))); }},
+        {"band_names_text", [](const Args &a) { return band_names(a[0]); }},
+        {"mode_from_setting", [](const Args &a) { return std::to_string(util_get_real_network_mode_from_settings(std::stoi(a[0]))); }},
+        {"setting_from_mode", [](const Args &a) { return std::to_string(util_get_real_settings_from_network_mode(std::stoi(a[0]))); }},
+        {"act",
+         [](const Args &a) {
+             char name[32] = "stale";
+             int cls = util_get_remapped_network_act(std::stoi(a[0]), name);
+             return std::to_string(cls) + " \"" + name + "\" " + str(util_convert_act_to_network_mode_string(std::stoi(a[0])));
+         }},
+        {"lte_strategy", [](const Args &a) { return setting(&InfoStruct::QX_4G_FDD_PREFERRED, util_get_lte_search_network_strategy, a[0]); }},
+        {"cs_ps", [](const Args &a) { return setting(&InfoStruct::QX_CS_PS_PREFERRED_MODE, util_get_cs_ps_service_mode, a[0]); }},
+        {"unsupported", [](const Args &a) { return setting(&InfoStruct::QX_NETWORK_MODE_NOT_SUPPORT, util_get_unsupported_network_mode, a[0]); }},
+        {"earfcn_of_khz",
+         [](const Args &a) { return std::to_string(util_get_earfcn_from_downlink_frequency_value_for_b42_43_module(std::stoi(a[0]))); }},
+        {"band_and_freq",
+         [](const Args &a) {
+             return std::to_string(util_get_band_from_downlink_earfcn_value(std::stoi(a[0]))) + " " +
+                    std::to_string(util_get_frequency_from_downlink_earfcn_value(std::stoi(a[0])));
+         }},
+        {"strlen", [](const Args &a) { return std::to_string(util_get_utf8_strlen(bytes_of(a[0]).data(), std::stoi(a[1]))); }},
+        {"one",
+         [](const Args &a) {
+             uint32_t code = 99;
+             int n = util_utf8_to_unicode_one(bytes_of(a[0]).data(), &code, std::stoi(a[1]));
+             char hex[16];
+             snprintf(hex, sizeof hex, "%X", code);
+             return std::to_string(n) + " " + hex;
+         }},
+        {"string",
+         [](const Args &a) {
+             std::vector<uint8_t> in = bytes_of(a[0]), out(300, 0xEE);
+             int size = std::stoi(a[1]);
+             int n = util_utf8_to_unicode_string(in.data(), out.data(), static_cast<int>(in.size()), size);
+             std::string text = n < 0 ? "" : reinterpret_cast<char *>(out.data());
+             return std::to_string(n) + " \"" + text + "\"" + (out[static_cast<size_t>(size)] != 0xEE ? " past the end!" : "");
+         }},
+        {"sim",
+         [](const Args &a) {
+             std::string l1 = a[0], l2 = a[0], l3 = a[0];
+             return std::to_string(cmdlib::status_sim_exist(l1.c_str())) + " " + std::to_string(cmdlib::status_need_pin(&l2[0])) +
+                    " " + std::to_string(cmdlib::status_need_puk(&l3[0]));
+         }},
+        {"dial",
+         [](const Args &a) {
+             std::string line = a[0];
+             int st = -5, sig = -5;
+             int rc = cmdlib::status_dial_and_signal(&line[0], &st, &sig);
+             return std::to_string(rc) + " " + std::to_string(st) + " " + std::to_string(sig);
+         }},
+        {"level", [](const Args &a) { return std::to_string(util_signal_get_level_by_4g_rsrp(cstr(a[0]), std::stoi(a[1]))); }},
+        {"override", [](const Args &a) { return std::to_string(cmdlib::signal_min_rsrp_from_text(cstr(a[0]), std::stoi(a[1]))); }},
+    }));
+}
+
+// ---- band maps ---------------------------------------------------------------------
+
+// A module that numbers its bands its own way: module bit 0 is BAND3, bit 1
+// BAND1, bit 33 GSM_850; it lacks BAND41.
+const BandNamePair kModule[] = {{0, "BAND3"}, {1, "BAND1"}, {33, "GSM_850"}, {7, "BAND20"}};
+
+// A converter's result on a destination prefilled with fill bytes, or
+// holding bit 10 alone when fill is 0.
+std::string convert(bool to_standard, const std::string &map, const BandNamePair *rows, int n, int fill = 0) {
+    BigValue dest{};
+    if (fill) memset(&dest, fill, sizeof dest);
+    else util_set_one_bit_for_big_value(&dest, 10);
+    int rc = to_standard ? util_convert_bit_defintion_to_standard_definition(map.c_str(), rows, n, &dest)
+                         : util_convert_standard_bit_defintion_to_module_definition(map.c_str(), rows, n, &dest);
+    return rc == 0 ? map_text(dest) : "failed";
+}
+
+TEST(BandMaps, ConvertersAndLookups) {
+    // module to standard adds to what the destination holds; bit 5 has no module name
+    EXPECT_EQ(map_of({0, 2, 10, 83}), convert(true, map_of({0, 1, 33, 5}), kModule, 4));
+    // two module bits with one name add the same bit twice: the sum carries
+    const BandNamePair dup[] = {{0, "BAND3"}, {1, "BAND3"}};
+    EXPECT_EQ(map_of({3, 10}), convert(true, map_of({0, 1}), dup, 2));
+    // no module rows: the catalogue itself, unnamed bits dropped
+    EXPECT_EQ(map_of({4, 10, 87}), convert(true, map_of({4, 45, 87}), nullptr, 0));
+    EXPECT_EQ(map_of({10}), convert(true, "not hex!", kModule, 4));
+    // standard to module clears first and drops what the module lacks, with
+    // no catalogue fallback; module rows outside the map's bit range are skipped
+    std::string module = convert(false, map_of({0, 2, 40, 83, 50}), kModule, 4, 0xab);
+    EXPECT_EQ(map_of({0, 1, 33}), module);
+    EXPECT_EQ(map_of({0, 2, 10, 83}), convert(true, module, kModule, 4));  // only the bands that survived come home
+    EXPECT_EQ("0", convert(false, map_of({0}), nullptr, 0, 0xff));
+    const BandNamePair wild[] = {{2000, "BAND1"}, {-7, "BAND2"}, {1023, "BAND3"}};
+    EXPECT_EQ(map_of({1023}), convert(false, map_of({0, 1, 2}), wild, 3, 0xff));
+    EXPECT_EQ(-1, util_convert_bit_defintion_to_standard_definition("00000001", kModule, 4, nullptr));
+    EXPECT_EQ(-1, util_convert_standard_bit_defintion_to_module_definition("00000001", kModule, 4, nullptr));
+
+    // every bit set: the longest list still fits the documented buffer
+    BigValue all;
+    memset(&all, 0xff, sizeof all);
+    char names[UTIL_BAND_NAMES_SIZE], stale[8] = "stale";
+    ASSERT_EQ(0, util_get_all_supported_band_names(map_text(all).c_str(), names));
+    EXPECT_EQ(68, std::count(names, names + strlen(names), '$'));
+    EXPECT_EQ(-1, util_get_all_supported_band_names(nullptr, stale));
+    EXPECT_EQ(-1, util_get_all_supported_band_names("00000001", nullptr));
+    for (const BandNamePair &p : all_band_name_pairs) EXPECT_EQ(p.band_value, util_get_band_value_by_name(p.band_name)) << p.band_name;
+    // the _ex lookups scan only the rows given, first match first
+    const BandNamePair pairs[] = {{5, "BAND3"}, {5, "BAND7"}, {9, "BAND3"}};
+    EXPECT_STREQ("BAND3", util_get_band_name_by_value_ex(5, pairs, 3));
+    EXPECT_EQ(5, util_get_band_value_by_name_ex("BAND3", pairs, 3));
+    EXPECT_EQ(nullptr, util_get_band_name_by_value_ex(9, pairs, 2));
+    EXPECT_EQ(-1, util_get_band_value_by_name_ex("BAND3", pairs, -4));
+    EXPECT_EQ(nullptr, util_get_band_name_by_value_ex(5, nullptr, 3));
+}
+
+TEST(BandControl, ThisModuleRefusesAndClears) {
+    EXPECT_EQ(1, util_is_universal_lock_band_supported());
+    char answer[] = "^BANDSETEX: 1,3,7\r\nOK";
+    for (auto parse : {util_parse_current_used_band, util_parse_all_supported_band, util_parse_current_supported_band}) {
+        char map[64] = "stale";
+        EXPECT_EQ(-1, parse(answer, map));
+        EXPECT_STREQ("", map);
+    }
+    EXPECT_EQ(-1, util_parse_current_used_band(answer, nullptr));
+    char bands[] = "00000005", current[] = "^BANDSETEX: 1,3", bad_bands[] = "00000005\r\nAT+CFUN=0", bad_current[] = "ok\r\n";
+    for (auto [b, c] : {std::pair<char *, char *>{bands, current}, {bad_bands, current}, {nullptr, bad_current}}) {
+        char cmd[64] = "stale";
+        EXPECT_EQ(-1, util_get_at_to_lock_specified_band(b, c, cmd));
+        EXPECT_STREQ("", cmd);
+    }
+    EXPECT_EQ(-1, util_get_at_to_lock_specified_band(nullptr, nullptr, nullptr));
+    char modes[UTIL_NETWORK_MODE_LIST_SIZE] = "stale";
+    ASSERT_EQ(0, util_get_supported_network_mode_for_this_module(modes));
+    EXPECT_STREQ("0@4G/3G/2G Multi-mode$1@4G/3G Only$2@3G/2G Only$3@4G Only", modes);
+    EXPECT_EQ(-1, util_get_supported_network_mode_for_this_module(nullptr));
+}
+
+TEST(Utf8, NullArguments) {
+    uint8_t out[8];
+    uint32_t code = 0;
+    const uint8_t in[] = {0x41};
+    EXPECT_EQ(-1, util_utf8_to_unicode_string(nullptr, out, 1, 8));
+    EXPECT_EQ(-1, util_utf8_to_unicode_string(in, nullptr, 1, 8));
+    EXPECT_EQ(-1, util_utf8_to_unicode_one(nullptr, &code, 1));
+    EXPECT_EQ(-1, util_utf8_to_unicode_one(in, nullptr, 1));
+    EXPECT_EQ(0, util_get_utf8_strlen(nullptr, 5));
+    EXPECT_EQ(0, cmdlib::status_sim_exist(nullptr));
+    EXPECT_EQ(0, cmdlib::status_need_pin(nullptr) + cmdlib::status_need_puk(nullptr));
+    EXPECT_EQ(-1, cmdlib::status_dial_and_signal(nullptr, nullptr, nullptr));
+    EXPECT_EQ(3, util_get_lte_search_network_strategy(nullptr));
+}
+
+// ---- from a record -----------------------------------------------------------------
+
+TEST(LteStatusList, NonEmptyFieldsInFixedOrderAppendedToTheBuffer) {
+    Record r;
+    fill(r.info.CQI, "12");
+    fill(r.info.QXRSRP, "-95");
+    char appended[UTIL_LTE_STATUS_LIST_SIZE + 16] = "IMEI@1";
+    ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, appended));
+    EXPECT_STREQ("IMEI@1$RSRP@-95$CQI@12", appended);
+    // every field filled to its last byte, no terminator: each read within its width
+    memset(&r.info, 'v', sizeof r.info);
+    std::string buf(UTIL_LTE_STATUS_LIST_SIZE, '\0');
+    ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, &buf[0]));
+    std::string list(buf.c_str()), v32(32, 'v');
+    EXPECT_EQ(22, std::count(list.begin(), list.end(), '$'));
+    EXPECT_EQ(0u, list.find("EARFCN/ARFCN@" + v32 + "$Frequency Band@"));
+    EXPECT_NE(std::string::npos, list.find("$Physical CellID@" + v32 + "$RSSI@"));
+    EXPECT_EQ(list.size() - 4 - 32, list.rfind("CQI@"));
+    EXPECT_EQ(-1, util_generate_lte_status_response_result(&r.info, nullptr));
+    char keep[8] = "keep";
+    EXPECT_EQ(0, util_generate_lte_status_response_result(nullptr, keep));
+    EXPECT_STREQ("keep", keep);
+}
+
+TEST(Prestore, EmptinessAndTheFirstMissingEntry) {
+    EXPECT_EQ(1, util_is_fdd_prestore_frequency_empty(nullptr));
+    Record r;
+    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, " \t \r\n");
+    EXPECT_EQ(1, util_is_fdd_prestore_frequency_empty(&r.info));
+    fill(r.info.QX_PRESTORE_FREQUENCY_TDD, "100 \n");
+    EXPECT_EQ(0, util_is_tdd_prestore_frequency_empty(&r.info));
+    EXPECT_STREQ("100", r.info.QX_PRESTORE_FREQUENCY_TDD);  // stripped in place
+
+    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, "100,200 300");
+    EXPECT_STREQ("200", util_get_next_fdd_prestore_frequency_not_in_list("100 300", &r.info));
+    EXPECT_EQ(1, util_is_all_fdd_prestore_frequency_in_list("300,200 100", &r.info));
+    EXPECT_STREQ("100", util_get_next_fdd_prestore_frequency_not_in_list("1000 200 300", &r.info));  // whole words
+    EXPECT_STREQ("100", util_get_next_fdd_prestore_frequency_not_in_list(nullptr, &r.info));
+    fill(r.info.QX_PRESTORE_FREQUENCY_TDD, "38950");
+    EXPECT_STREQ("38950", util_get_next_prestore_frequency_not_in_list("100", &r.info, PRESTORE_FREQUENCY_LIST_TYPE_TDD));
+    EXPECT_EQ(nullptr, util_get_next_prestore_frequency_not_in_list("x 38950", &r.info,
+                                                                    static_cast<PRESTORE_FREQUENCY_LIST_TYPE>(5)));
+    // only 32 words of each side count, and a huge answer is cut, never overrun
+    std::string list, answer, late;
+    for (int i = 0; i < 40; ++i) list += std::to_string(i) + ",", answer += std::to_string(i) + " ";
+    for (int i = 100; i < 132; ++i) late += std::to_string(i) + " ";
+    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, list);
+    EXPECT_EQ(nullptr, util_get_next_fdd_prestore_frequency_not_in_list(answer.c_str(), &r.info));
+    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, "0");
+    EXPECT_STREQ("0", util_get_next_fdd_prestore_frequency_not_in_list((late + "0").c_str(), &r.info));
+    EXPECT_STREQ("0", util_get_next_fdd_prestore_frequency_not_in_list(std::string(5000, '7').c_str(), &r.info));
+}
+
+TEST(LteOperations, PlaceholdersFailAndClearMissingAnswersAndTheSecondApn) {
+    // the status queries: one a line, each line ended
+    std::string q = util_get_at_to_query_lte_status();
+    EXPECT_EQ(11, std::count(q.begin(), q.end(), '\n'));
+    EXPECT_EQ('\n', q.back());
+    // operations this platform lacks fail and clear what they write
+    char earfcn[16] = "old", pci[16] = "old", cmd[32] = "old", result[16] = "stale";
+    int locked = 5;
+    char answer[] = "^DPCILK: 1,38950,12", e[] = "38950", p[] = "12", empty[] = "";
+    EXPECT_EQ(-1, util_parse_lock_one_cell_status(answer, &locked, earfcn, pci));
+    EXPECT_EQ(std::string(earfcn) + pci, "");
+    EXPECT_EQ(-1, util_get_at_to_lock_one_cell(1, e, p, cmd));
+    EXPECT_STREQ("", cmd);
+    // a missing answer fails before any file is read
+    EXPECT_EQ(-1, util_parse_lte_status(nullptr, result));
+    EXPECT_STREQ("", result);
+    strcpy(result, "stale");
+    EXPECT_EQ(-1, util_parse_query_earfcn_physical_cell_id_response(empty, result));
+    EXPECT_STREQ("", result);
+
+    Record r;
+    EXPECT_EQ(0, util_should_we_use_the_second_apn(&r.info));
+    EXPECT_EQ(0, util_should_we_use_the_second_apn(nullptr));
+    fill(r.info.QX_CONFIG_APN_NAME3, "iot.apn");
+    EXPECT_EQ(1, util_should_we_use_the_second_apn(&r.info));
+    EXPECT_STREQ("iot.apn", util_get_apn_for_the_second_wan_interface(&r.info));
+}
+
+TEST(Registration, LockPolicy) {
+    Record r;
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));  // lock off
+    fill(r.info.QX_LOCK_NETWORK_PLMN, "46000");
+    fill(r.info.QX_ENABLE_LOCK_NETWORK, "Yes");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));  // not exactly "yes"
+    fill(r.info.QX_ENABLE_LOCK_NETWORK, "yes");
+    fill(r.info.QX_LOCK_NETWORK_PLMN2, "46001");
+    const std::pair<const char *, int> cases[] = {{"46001", 1}, {"46002", 0}, {"4600", 0}, {"", 1}, {nullptr, 1}};
+    for (auto [plmn, want] : cases) EXPECT_EQ(want, util_is_register_to_curent_plmn_alowed(&r.info, plmn)) << (plmn ? plmn : "null");
+    Record last;  // locked with no list allows all; the tenth slot counts
+    fill(last.info.QX_ENABLE_LOCK_NETWORK, "yes");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&last.info, "46002"));
+    fill(last.info.QX_LOCK_NETWORK_PLMN10, "46009");
+    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&last.info, "46009"));
+    EXPECT_EQ(0, util_is_register_to_curent_plmn_alowed(&last.info, "46002"));
+}
+
+}  // namespace
