@@ -87,10 +87,27 @@ inline std::string unescape(const std::string &s) {
     return out;
 }
 
+// The answer with control characters written as C escapes, so that it
+// stays on its line.
+inline std::string escape(const std::string &s) {
+    std::string out;
+    for (unsigned char c : s) {
+        if (c == '\n') out += "\\n";
+        else if (c == '\t') out += "\\t";
+        else if (c == '\r') out += "\\r";
+        else if (c < 0x20 || c == 0x7f) {
+            char hex[5];
+            snprintf(hex, sizeof hex, "\\x%02x", c);
+            out += hex;
+        } else out += static_cast<char>(c);
+    }
+    return out;
+}
+
 // A table of calls: each line "NAME ARG|ARG|..." of a case (arguments
 // unescaped as above, "\|" for a bar inside one) is answered by the
 // function of that name, and the .out repeats the line with " => " and the
-// answer.  Empty lines and lines starting with "#" are copied as they are.
+// answer (escaped as above).  Empty lines and lines starting with "#" are copied as they are.
 using Args = std::vector<std::string>;
 using Call = std::function<std::string(const Args &)>;
 inline std::function<std::string(const std::string &)> calls(std::map<std::string, Call> table) {
@@ -115,7 +132,7 @@ inline std::function<std::string(const std::string &)> calls(std::map<std::strin
                 }
             }
             auto it = table.find(line.substr(0, sp));
-            out += line + " => " + (it == table.end() ? std::string("<no such call>") : it->second(args)) + "\n";
+            out += line + " => " + escape(it == table.end() ? std::string("<no such call>") : it->second(args)) + "\n";
         }
         return out;
     };
