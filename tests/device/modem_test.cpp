@@ -162,33 +162,23 @@ TEST_F(ModemDevice, FlagFiles) {
 
 // ---- status indication file ------------------------------------------------------
 
-TEST_F(ModemDevice, StatusFileAtItsFixedPath) {
+TEST_F(ModemDevice, StatusFileAtItsFixedPathAndTheLteParser) {
     int st = -5, sig = -5;
-    EXPECT_EQ(0, cmd_sim_exist());  // missing file
-    EXPECT_EQ(0, cmd_sim_need_pin());
+    char answer[] = "+QXRSRP: -95\r\nOK", empty[] = "", result[32] = "stale";
+    EXPECT_EQ(0, cmd_sim_exist() + cmd_sim_need_pin());  // missing file
     EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    devtest::write_file(kStatus, "1 0 1 18 0 0 0 1 7 1\n");
-    EXPECT_EQ(1, cmd_sim_exist());
-    EXPECT_EQ(0, cmd_sim_need_pin());
-    EXPECT_EQ(1, cmd_sim_need_puk());
-    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    EXPECT_EQ(1, st);
-    EXPECT_EQ(18, sig);
-    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
-    EXPECT_EQ(2147483647, cmd_sim_exist());
-}
-
-TEST_F(ModemDevice, LteStatusParseFollowsSimAndTechnology) {
-    char answer[] = "+QXRSRP: -95\r\nOK";
-    char result[32] = "stale";
     EXPECT_EQ(0, util_parse_lte_status(answer, result));  // no SIM: empty, 0
     EXPECT_STREQ("", result);
-    devtest::write_file(kStatus, "1 0 0 23 0 1 1 1 7 1\n");  // LTE: the platform parser
-    strcpy(result, "stale");
+    devtest::write_file(kStatus, "1 0 1 18 0 0 0 1 7 1\n");
+    EXPECT_EQ((std::vector<int>{1, 0, 1}), (std::vector<int>{cmd_sim_exist(), cmd_sim_need_pin(), cmd_sim_need_puk()}));
+    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    EXPECT_EQ(st * 100 + sig, 118);
+    strcpy(result, "stale");  // LTE with a SIM: this platform's parser, which has nothing to give
     EXPECT_EQ(0, util_parse_lte_status(answer, result));
     EXPECT_STREQ("", result);
-    char empty[] = "";
     EXPECT_EQ(-1, util_parse_lte_status(empty, result));
+    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
+    EXPECT_EQ(2147483647, cmd_sim_exist());
 }
 
 // ---- signal overrides ---------------------------------------------------------------
@@ -202,11 +192,8 @@ TEST_F(ModemDevice, SignalOverrideFiles) {
     devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_4_MIN_RSRP", "junk");
     devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_5_MIN_RSRP", "-90123456789");
     util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
-    EXPECT_EQ(-125, l[0]);
-    EXPECT_EQ(-115, l[1]);
-    EXPECT_EQ(-110, l[2]);  // 0 means the default
-    EXPECT_EQ(-105, l[3]);
-    EXPECT_EQ(-901234, l[4]);  // only 7 characters are read
+    // 0 and junk mean the default; only 7 characters are read
+    EXPECT_EQ((std::vector<int>{-125, -115, -110, -105, -901234}), std::vector<int>(l, l + 5));
     util_get_min_lte_rsrp_values_for_signal_level(&l[0], nullptr, &l[2], &l[3], &l[4]);
 }
 
