@@ -68,7 +68,7 @@ inline std::function<std::string(const std::string &)> per_line(std::function<st
     };
 }
 
-// C escapes of a table's arguments: \t \r \n \\ \| and \xHH.
+// C escapes of a table's arguments: \t \r \n \v \f \\ \| and \xHH.
 inline std::string unescape(const std::string &s) {
     std::string out;
     for (size_t i = 0; i < s.size(); ++i) {
@@ -81,7 +81,7 @@ inline std::string unescape(const std::string &s) {
             out += static_cast<char>(std::stoi(s.substr(i + 1, 2), nullptr, 16));
             i += 2;
         } else {
-            out += c == 't' ? '\t' : c == 'r' ? '\r' : c == 'n' ? '\n' : c;
+            out += c == 't' ? '\t' : c == 'r' ? '\r' : c == 'n' ? '\n' : c == 'v' ? '\v' : c == 'f' ? '\f' : c;
         }
     }
     return out;

@@ -1,7 +1,9 @@
 // The shared internal helpers of base/internal, tested once here for every
-// parser that uses them: text parsing and the word splitter, bounded
-// copies, fgets-style line reading, shell quoting, the command-line builder
-// and the wire-format byte reader.
+// parser that uses them.  Single calls are tables (tests/unit/golden/
+// helper_calls): numbers, stripping, the word splitter, bounded copies,
+// shell quoting, command lines and the byte reader.  Here: the line reader
+// against fgets, hostile text through a real shell, cut command lines never
+// run, and the byte reader's sticky failure and bounded sub-readers.
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -15,78 +17,132 @@
 #include "base/internal/line_reader.h"
 #include "base/internal/shell_quote.h"
 #include "base/internal/text.h"
+#include "common/golden.h"
 #include "common/scratch.h"
 
 namespace {
 
 using namespace cmdlib;
+using golden::Args;
 
-TEST(InternalText, NumbersWithoutLocaleOrOverflow) {
-    const std::pair<const char *, bool> parsed[] = {
-        {"9223372036854775807", true}, {"-9223372036854775808", true}, {"+7", true},
-        {"9223372036854775808", false}, {"-9223372036854775809", false}, {"", false}, {"-", false},
-        {"12a", false}, {" 12", false}};
-    for (const auto &[text, ok] : parsed) {
-        int64_t v = 0;
-        EXPECT_EQ(parse_int64(text, &v), ok) << text;
-        if (ok) {
-            EXPECT_EQ(std::to_string(v), text[0] == '+' ? text + 1 : text);
-        }
-    }
-    const std::pair<const char *, int> atoi_cases[] = {
-        {"  42abc", 42}, {"-17", -17}, {"x", 0}, {"99999999999999999999", INT32_MAX}, {"-99999999999999999999", INT32_MIN}};
-    for (const auto &[text, v] : atoi_cases) EXPECT_EQ(atoi_sat(text), v) << text;
+std::string q(std::string_view s) { return "\"" + std::string(s) + "\""; }
+
+constexpr uint8_t kBytes[6] = {0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc};
+
+// One read of kBytes after skipping to a[0]: whether it worked, the value
+// (or first byte), and where the reader stands.
+std::string byte_read(const Args &a) {
+    ByteReader r(kBytes, sizeof kBytes), s;
+    if (!r.skip(std::stoul(a[0]))) return "bad start";
+    const std::string &op = a[1];
+    const size_t n = a.size() > 2 ? std::stoul(a[2]) : 0;
+    uint8_t b = 0, copy[8] = {};
+    uint16_t h = 0;
+    uint32_t w = 0;
+    uint64_t v = 0;
+    bool ok = false;
+    if (op == "u8") ok = r.u8(&b), v = b;
+    else if (op == "be16") ok = r.be16(&h), v = h;
+    else if (op == "le16") ok = r.le16(&h), v = h;
+    else if (op == "be32") ok = r.be32(&w), v = w;
+    else if (op == "le32") ok = r.le32(&w), v = w;
+    else if (op == "skip") ok = r.skip(n);
+    else if (op == "bytes") ok = r.bytes(n <= sizeof copy ? copy : nullptr, n), v = copy[0];
+    else if (op == "sub") ok = r.sub(n, &s) && s.size() == n, v = ok && n ? s.current()[0] : 0;
+    char hex[32];
+    snprintf(hex, sizeof hex, "%llx", static_cast<unsigned long long>(v));
+    bool sum_ok = r.offset() + r.remaining() == sizeof kBytes;
+    return std::string(ok ? "ok " : "failed ") + (ok ? hex : "-") + " at " + std::to_string(r.offset()) + (r.ok() == ok ? "" : " sticky?") +
+           (sum_ok ? "" : " window?");
 }
 
-TEST(InternalText, SplitStripAndWords) {
-    std::string_view h, t, s = "export A=1";
-    ASSERT_TRUE(split_once("KEY=a=b", '=', &h, &t));
-    EXPECT_EQ(h, "KEY");
-    EXPECT_EQ(t, "a=b");
-    EXPECT_FALSE(split_once("none", '=', &h, &t));
-    EXPECT_EQ(strip(" \t x y \r\n"), "x y");
-    EXPECT_TRUE(consume_prefix(&s, "export "));
-    EXPECT_FALSE(consume_prefix(&s, "export "));
-    EXPECT_EQ(s, "A=1");
-    struct Case {
-        std::string_view text, separators;
-        std::vector<std::string_view> words;
-    } cases[] = {
-        {"", " ", {}},
-        {" a  b ", " ", {"a", "b"}},
-        {"a\tb c", " ", {"a\tb", "c"}},  // a tab is part of a word split on blanks
-        {"a\tb c\r\n", kBlankOrEol, {"a", "b", "c"}},
-        {"\n5", kBlankOrEol, {"5"}},  // leading line ends are separators too
-        {"100,200 300,", " ,", {"100", "200", "300"}},
-        {",,,", " ,", {}},
-        {"x\vy\fz", kWhiteSpace, {"x", "y", "z"}},
-    };
-    for (const Case &c : cases) {
-        std::string_view rest = c.text;
-        std::vector<std::string_view> got;
-        for (std::string_view w = next_word(&rest, c.separators); !w.empty(); w = next_word(&rest, c.separators))
-            got.push_back(w);
-        EXPECT_EQ(got, c.words) << c.text;
-        EXPECT_TRUE(rest.empty()) << c.text;
-    }
-    std::string_view w[2];  // split_words stops at its capacity
-    EXPECT_EQ(split_words("a b c", " ", w, 2), 2u);
-    EXPECT_EQ(w[1], "b");
-}
-
-TEST(InternalText, BoundedCopyFormatAppend) {
-    char buf[4];
-    EXPECT_EQ(copy_bounded(buf, sizeof buf, "abcdef"), 3u);
-    EXPECT_STREQ(buf, "abc");
-    EXPECT_EQ(copy_bounded(buf, 1, "abc"), 0u);
-    EXPECT_STREQ(buf, "");
-    EXPECT_EQ(copy_bounded(nullptr, 4, "abc"), 0u);
-    char f[6];
-    EXPECT_EQ(format_bounded(f, sizeof f, "%d-%s", 123, "xyz"), 5u);
-    EXPECT_STREQ(f, "123-x");
-    char a[8] = "ab";
-    EXPECT_EQ(append_bounded(a, sizeof a, "cdefghij"), 7u);
-    EXPECT_STREQ(a, "abcdefg");
+TEST(InternalHelpers, Golden) {
+    golden::check("helper_calls", golden::calls({
+        {"int64",
+         [](const Args &a) {
+             int64_t v = 0;
+             return parse_int64(a[0], &v) ? std::to_string(v) : std::string("refused");
+         }},
+        {"atoi", [](const Args &a) { return std::to_string(atoi_sat(a[0])); }},
+        {"split_once",
+         [](const Args &a) {
+             std::string_view h = "-", t = "-";
+             bool ok = split_once(a[0], a[1][0], &h, &t);
+             return std::to_string(ok) + " " + q(h) + " " + q(t);
+         }},
+        {"strip", [](const Args &a) { return q(strip(a[0])); }},
+        {"consume",
+         [](const Args &a) {
+             std::string_view s = a[0];
+             return std::to_string(consume_prefix(&s, a[1])) + " " + q(s);
+         }},
+        {"words",
+         [](const Args &a) {
+             std::string_view rest = a[0], seps = a[1] == "blank" ? " " : a[1] == "eol" ? kBlankOrEol : a[1] == "white" ? kWhiteSpace : a[1];
+             std::string out;
+             for (std::string_view w = next_word(&rest, seps); !w.empty(); w = next_word(&rest, seps)) out += q(w) + " ";
+             return out + (rest.empty() ? "(all read)" : "(left " + q(rest) + ")");
+         }},
+        {"split_words",
+         [](const Args &a) {
+             std::string_view w[4];
+             size_t n = split_words(a[0], " ", w, std::stoul(a[1]));
+             return std::to_string(n) + " last " + q(n ? w[n - 1] : "");
+         }},
+        {"copy",
+         [](const Args &a) {
+             char buf[16] = "untouched";
+             size_t n = copy_bounded(std::stoi(a[1]) ? buf : nullptr, std::stoul(a[1]), a[0]);
+             return std::to_string(n) + " " + q(buf);
+         }},
+        {"format",
+         [](const Args &a) {
+             char f[16];
+             size_t n = format_bounded(f, std::stoul(a[2]), "%d-%s", std::stoi(a[0]), a[1].c_str());
+             return std::to_string(n) + " " + q(f);
+         }},
+        {"append",
+         [](const Args &a) {
+             char buf[16];
+             copy_bounded(buf, sizeof buf, a[0]);
+             size_t n = append_bounded(buf, std::stoul(a[2]), a[1]);
+             return std::to_string(n) + " " + q(buf);
+         }},
+        {"quote",
+         [](const Args &a) {
+             char out[128] = "untouched";
+             int n = shell_quote(a[0].c_str(), out, std::stoul(a[1]));
+             return std::to_string(n) + " " + q(out);
+         }},
+        {"format_command",
+         [](const Args &a) {
+             char out[64] = "junk";
+             bool ok = format_command(out, std::stoul(a[2]), a[0].c_str(), a[1].c_str());
+             return std::to_string(ok) + " " + q(out);
+         }},
+        {"append_word",
+         [](const Args &a) {
+             CommandLine<64> line;
+             line.format("%s", a[0].c_str());
+             bool ok = std::stoi(a[2]) == 64 ? line.append_word(a[1]) : false;
+             if (std::stoi(a[2]) == 16) {
+                 CommandLine<16> small;
+                 small.format("%s", a[0].c_str());
+                 ok = small.append_word(a[1]);
+                 return std::to_string(ok) + " " + std::to_string(small.ok()) + " " + q(small.c_str());
+             }
+             return std::to_string(ok) + " " + std::to_string(line.ok()) + " " + q(line.c_str());
+         }},
+        {"read", byte_read},
+        {"align",
+         [](const Args &a) {
+             const uint8_t bytes[8] = {};
+             ByteReader r(bytes, std::stoul(a[0]));
+             r.skip(std::stoul(a[1]));
+             bool ok = r.align(std::stoul(a[2]));
+             return std::string(ok ? "ok" : "failed") + " at " + std::to_string(r.offset());
+         }},
+    }));
 }
 
 // The text reader cuts exactly where fgets() cuts, on random texts with
@@ -112,17 +168,10 @@ TEST(InternalLineReader, TextReaderMatchesFgets) {
     EXPECT_EQ(l, "ab");  // the C string of the piece stops at NUL
 }
 
-// ---- shell quoting and command lines ---------------------------------------------
-
-TEST(InternalShellQuote, BenignTextUnchangedHostileTextOneInertWord) {
+TEST(InternalShellQuote, HostileTextIsOneInertWordForARealShell) {
     char out[128];
-    for (const char *s : {"usb0", "192.168.1.1", "http://host/a_b-c.bin", "/data/web_upload/fw.bin", "key=value", "a,b", "50%"}) {
-        ASSERT_GE(shell_quote(s, out, sizeof out), 0);
-        EXPECT_STREQ(out, s);
-    }
     for (const char *s : {"a;reboot", "$(reboot)", "`id`", "x y", "a|b", "a&", "it's", "a\nb", "*", "~root", "a>b", "\"q\""}) {
         ASSERT_GE(shell_quote(s, out, sizeof out), 0);
-        // the real shell must see exactly one argument equal to the input
         std::string cmd = std::string("set -- ") + out + "; printf '%s|%d' \"$1\" $#";
         FILE *p = popen(cmd.c_str(), "r");
         ASSERT_NE(p, nullptr);
@@ -131,56 +180,13 @@ TEST(InternalShellQuote, BenignTextUnchangedHostileTextOneInertWord) {
         pclose(p);
         EXPECT_EQ(std::string(got, n), std::string(s) + "|1") << s;
     }
-    char small[4];  // too small: empty and an error
-    EXPECT_EQ(shell_quote("a;b", small, sizeof small), -1);
-    EXPECT_STREQ(small, "");
-    EXPECT_EQ(shell_quote("abc", small, sizeof small), 3);
-    EXPECT_EQ(shell_quote("abcd", small, sizeof small), -1);
-    EXPECT_EQ(shell_quote("", small, sizeof small), 0);
     EXPECT_EQ(shell_quote("a", nullptr, 4), -1);
-}
-
-TEST(InternalCommandLine, TruncationIsReportedAtExactlyTheCapacity) {
-    // capacity 8: seven characters and the terminator
-    for (const auto &[arg, fits] : {std::pair<const char *, bool>{"", true}, {"1234", true}, {"12345", false}}) {
-        char out[8] = "junk";
-        EXPECT_EQ(format_command(out, sizeof out, "ls %s", arg), fits) << arg;
-        EXPECT_STREQ(out, fits ? (std::string("ls ") + arg).c_str() : "") << arg;
-    }
     EXPECT_FALSE(format_command(nullptr, 8, "x"));
-    CommandLine<8> line;
-    EXPECT_TRUE(line.format("ab"));
-    EXPECT_TRUE(line.append("%s", "cde"));
-    EXPECT_TRUE(line.append_word("fg"));  // exactly 7 characters
-    EXPECT_STREQ(line.c_str(), "abcdefg");
-    EXPECT_EQ(line.size(), 7u);
-    EXPECT_FALSE(line.append("h"));
-    EXPECT_FALSE(line.ok());
-    EXPECT_STREQ(line.c_str(), "");
-    EXPECT_FALSE(line.append_word("x"));  // cut for good...
-    EXPECT_TRUE(line.format("ok"));       // ...until started afresh
-    EXPECT_STREQ(line.c_str(), "ok");
-}
-
-TEST(InternalCommandLine, OutsideTextIsOneInertWordOrNothing) {
-    for (const auto &[text, want] : {std::pair<const char *, const char *>{"usb0", "ip link show usb0"},
-                                     {"a;reboot", "ip link show 'a;reboot'"},
-                                     {"it's", "ip link show 'it'\\''s'"},
-                                     {"", "ip link show "}}) {
-        CommandLine<64> line;
-        line.format("ip link show ");
-        EXPECT_TRUE(line.append_word(text));
-        EXPECT_STREQ(line.c_str(), want);
-    }
-    CommandLine<16> small;
-    small.format("rm -f ");
-    EXPECT_FALSE(small.append_word("a b c d e f"));  // the quoted form needs 13 more
-    EXPECT_FALSE(small.ok());
 }
 
 class InternalRun : public ScratchDir {};
 
-TEST_F(InternalRun, CutLineIsNeverRun) {
+TEST_F(InternalRun, CutLineIsNeverRunAndStaysCutUntilStartedAfresh) {
     const std::string file = path("made");
     CommandLine<256> whole;
     whole.format("touch ");
@@ -193,71 +199,14 @@ TEST_F(InternalRun, CutLineIsNeverRun) {
     cut.append_word(file);
     EXPECT_EQ(run_command(cut), -1);
     EXPECT_NE(access(file.c_str(), F_OK), 0);
-}
-
-// ---- byte reader ------------------------------------------------------------------
-
-constexpr uint8_t kBytes[6] = {0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc};
-
-enum class Op { u8, be16, be32, le16, le32, skip, bytes, sub };
-
-uint64_t run_op(ByteReader *r, Op op, size_t n, bool *ok) {
-    uint8_t b = 0, copy[8] = {};
-    uint16_t h = 0;
-    uint32_t w = 0;
-    ByteReader s;
-    switch (op) {
-    case Op::u8: *ok = r->u8(&b); return b;
-    case Op::be16: *ok = r->be16(&h); return h;
-    case Op::be32: *ok = r->be32(&w); return w;
-    case Op::le16: *ok = r->le16(&h); return h;
-    case Op::le32: *ok = r->le32(&w); return w;
-    case Op::skip: *ok = r->skip(n); return 0;
-    case Op::bytes: *ok = r->bytes(n <= sizeof copy ? copy : nullptr, n); return copy[0];
-    case Op::sub:
-        *ok = r->sub(n, &s) && s.size() == n;
-        return *ok && n ? s.current()[0] : 0;
-    }
-    return 0;
-}
-
-TEST(InternalByteReader, ReadsFailInsteadOfPassingTheEnd) {
-    struct Case {
-        size_t start;  // offset skipped to first
-        Op op;
-        size_t n;  // length for skip/bytes/sub
-        bool ok;
-        uint64_t value;  // value read, or first byte of bytes/sub
-        size_t offset_after;
-    } cases[] = {
-        {0, Op::u8, 0, true, 0x12, 1},          {5, Op::u8, 0, true, 0xbc, 6},
-        {6, Op::u8, 0, false, 0, 6},            {0, Op::be16, 0, true, 0x1234, 2},
-        {4, Op::be16, 0, true, 0x9abc, 6},      {5, Op::be16, 0, false, 0, 5},
-        {1, Op::be32, 0, true, 0x3456789a, 5},  {2, Op::be32, 0, true, 0x56789abc, 6},
-        {3, Op::be32, 0, false, 0, 3},          {0, Op::le16, 0, true, 0x3412, 2},
-        {2, Op::le32, 0, true, 0xbc9a7856, 6},  {3, Op::le32, 0, false, 0, 3},
-        {0, Op::skip, 6, true, 0, 6},           {0, Op::skip, 7, false, 0, 0},
-        {6, Op::skip, 0, true, 0, 6},           {1, Op::skip, SIZE_MAX, false, 0, 1},
-        {1, Op::skip, SIZE_MAX - 1, false, 0, 1}, {1, Op::bytes, 3, true, 0x34, 4},
-        {3, Op::bytes, 0, true, 0, 3},          {4, Op::bytes, 3, false, 0, 4},
-        {0, Op::bytes, SIZE_MAX, false, 0, 0},  {2, Op::sub, 4, true, 0x56, 6},
-        {6, Op::sub, 0, true, 0, 6},            {2, Op::sub, 5, false, 0, 2},
-        {2, Op::sub, SIZE_MAX, false, 0, 2},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(testing::Message() << "start " << c.start << " op " << static_cast<int>(c.op) << " n " << c.n);
-        ByteReader r(kBytes, sizeof kBytes);
-        ASSERT_TRUE(r.skip(c.start));
-        bool ok = false;
-        uint64_t v = run_op(&r, c.op, c.n, &ok);
-        EXPECT_EQ(ok, c.ok);
-        EXPECT_EQ(r.ok(), c.ok);
-        if (c.ok) {
-            EXPECT_EQ(v, c.value);
-        }
-        EXPECT_EQ(r.offset(), c.offset_after);
-        EXPECT_EQ(r.offset() + r.remaining(), sizeof kBytes);
-    }
+    CommandLine<8> line;  // exactly seven characters fit; one more cuts it for good
+    EXPECT_TRUE(line.format("ab") && line.append("%s", "cde") && line.append_word("fg"));
+    EXPECT_EQ(line.size(), 7u);
+    EXPECT_FALSE(line.append("h"));
+    EXPECT_STREQ(line.c_str(), "");
+    EXPECT_FALSE(line.append_word("x"));
+    EXPECT_TRUE(line.format("ok"));
+    EXPECT_STREQ(line.c_str(), "ok");
 }
 
 TEST(InternalByteReader, FailureIsStickyAndSubReadersAreBounded) {
@@ -277,25 +226,6 @@ TEST(InternalByteReader, FailureIsStickyAndSubReadersAreBounded) {
     ByteReader null_with_length(static_cast<const uint8_t *>(nullptr), 100);
     EXPECT_EQ(null_with_length.remaining(), 0u);
     EXPECT_FALSE(null_with_length.u8(nullptr));
-}
-
-TEST(InternalByteReader, AlignSkipsPaddingAndToleratesAMissingLastPad) {
-    struct Case {
-        size_t size, start, alignment;
-        bool ok;
-        size_t offset_after;
-    } cases[] = {
-        {8, 0, 4, true, 0}, {8, 1, 4, true, 4}, {8, 4, 4, true, 4}, {8, 5, 4, true, 8},
-        {6, 5, 4, true, 6},  // 3 bytes of padding, 1 left: stands at the end
-        {6, 6, 4, true, 6}, {8, 3, 1, true, 3}, {8, 3, 0, false, 3},
-    };
-    const uint8_t bytes[8] = {};
-    for (const Case &c : cases) {
-        ByteReader r(bytes, c.size);
-        ASSERT_TRUE(r.skip(c.start));
-        EXPECT_EQ(r.align(c.alignment), c.ok) << c.start << "/" << c.alignment;
-        EXPECT_EQ(r.offset(), c.offset_after) << c.start << "/" << c.alignment;
-    }
 }
 
 }  // namespace
