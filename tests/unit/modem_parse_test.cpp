@@ -14,6 +14,7 @@
 #include "cmdlib/cmdlib_module.h"
 #include "cmdlib/cmdlib_platform_fibocom_t750_modem.h"
 #include "cmdlib/cmdlib_signal.h"
+#include "cmdlib/internal/info_fields.h"
 #include "cmdlib/internal/signal_level.h"
 #include "cmdlib/internal/status_ind.h"
 #include "common/golden.h"
@@ -31,6 +32,24 @@ struct Record {
 template <size_t N> void fill(char (&field)[N], const std::string &text) {
     memset(field, 0, N);
     memcpy(field, text.data(), std::min(text.size(), N));
+}
+
+// A record filled from "FIELD=value;FIELD=value" (a value as long as its
+// field leaves no terminator).
+Record record_from(const std::string &spec) {
+    Record r;
+    for (size_t i = 0; i < spec.size();) {
+        size_t end = std::min(spec.find(';', i), spec.size()), eq = spec.find('=', i);
+        const cmdlib::InfoFieldDesc *f = cmdlib::find_info_field(spec.substr(i, eq - i));
+        EXPECT_NE(f, nullptr) << spec.substr(i, eq - i);
+        if (f) memcpy(cmdlib::info_field_ptr(&r.info, *f), spec.data() + eq + 1, std::min(end - eq - 1, f->width));
+        i = end + 1;
+    }
+    return r;
+}
+
+PRESTORE_FREQUENCY_LIST_TYPE list_type(const std::string &t) {
+    return t == "fdd" ? PRESTORE_FREQUENCY_LIST_TYPE_FDD : t == "tdd" ? PRESTORE_FREQUENCY_LIST_TYPE_TDD : static_cast<PRESTORE_FREQUENCY_LIST_TYPE>(5);
 }
 
 const char *cstr(const std::string &a) { return a == "(null)" ? nullptr : a.c_str(); }
@@ -129,6 +148,37 @@ TEST(ModemCalls, Golden) {
          }},
         {"level", [](const Args &a) { return std::to_string(util_signal_get_level_by_4g_rsrp(cstr(a[0]), std::stoi(a[1]))); }},
         {"override", [](const Args &a) { return std::to_string(cmdlib::signal_min_rsrp_from_text(cstr(a[0]), std::stoi(a[1]))); }},
+        {"lte_list",
+         [](const Args &a) {
+             Record r = record_from(a[0]);
+             char list[UTIL_LTE_STATUS_LIST_SIZE + 16];
+             snprintf(list, sizeof list, "%s", a[1].c_str());
+             return std::to_string(util_generate_lte_status_response_result(&r.info, list)) + " \"" + list + "\"";
+         }},
+        {"prestore_empty",
+         [](const Args &a) {
+             Record r = record_from(a[0]);
+             bool fdd = a[1] == "fdd";
+             int rc = fdd ? util_is_fdd_prestore_frequency_empty(&r.info) : util_is_tdd_prestore_frequency_empty(&r.info);
+             return std::to_string(rc) + " \"" + (fdd ? r.info.QX_PRESTORE_FREQUENCY_FDD : r.info.QX_PRESTORE_FREQUENCY_TDD) + "\"";
+         }},
+        {"prestore_next",
+         [](const Args &a) {
+             Record r = record_from(a[0]);
+             std::string all = std::to_string(a[2] == "fdd" ? util_is_all_fdd_prestore_frequency_in_list(cstr(a[1]), &r.info)
+                                                            : util_is_all_tdd_prestore_frequency_in_list(cstr(a[1]), &r.info));
+             return str(util_get_next_prestore_frequency_not_in_list(cstr(a[1]), &r.info, list_type(a[2]))) + " all=" + all;
+         }},
+        {"second_apn",
+         [](const Args &a) {
+             Record r = record_from(a[0]);
+             return std::to_string(util_should_we_use_the_second_apn(&r.info)) + " " + str(util_get_apn_for_the_second_wan_interface(&r.info));
+         }},
+        {"plmn",
+         [](const Args &a) {
+             Record r = record_from(a[0]);
+             return std::to_string(util_is_register_to_curent_plmn_alowed(&r.info, cstr(a[1])));
+         }},
     }));
 }
 
@@ -226,15 +276,9 @@ TEST(Utf8, NullArguments) {
 
 // ---- from a record -----------------------------------------------------------------
 
-TEST(LteStatusList, NonEmptyFieldsInFixedOrderAppendedToTheBuffer) {
+TEST(LteStatusList, EveryFieldAtFullWidthIsReadWithinItsWidth) {
     Record r;
-    fill(r.info.CQI, "12");
-    fill(r.info.QXRSRP, "-95");
-    char appended[UTIL_LTE_STATUS_LIST_SIZE + 16] = "IMEI@1";
-    ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, appended));
-    EXPECT_STREQ("IMEI@1$RSRP@-95$CQI@12", appended);
-    // every field filled to its last byte, no terminator: each read within its width
-    memset(&r.info, 'v', sizeof r.info);
+    memset(&r.info, 'v', sizeof r.info);  // no terminator anywhere
     std::string buf(UTIL_LTE_STATUS_LIST_SIZE, '\0');
     ASSERT_EQ(0, util_generate_lte_status_response_result(&r.info, &buf[0]));
     std::string list(buf.c_str()), v32(32, 'v');
@@ -246,38 +290,11 @@ TEST(LteStatusList, NonEmptyFieldsInFixedOrderAppendedToTheBuffer) {
     char keep[8] = "keep";
     EXPECT_EQ(0, util_generate_lte_status_response_result(nullptr, keep));
     EXPECT_STREQ("keep", keep);
-}
-
-TEST(Prestore, EmptinessAndTheFirstMissingEntry) {
     EXPECT_EQ(1, util_is_fdd_prestore_frequency_empty(nullptr));
-    Record r;
-    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, " \t \r\n");
-    EXPECT_EQ(1, util_is_fdd_prestore_frequency_empty(&r.info));
-    fill(r.info.QX_PRESTORE_FREQUENCY_TDD, "100 \n");
-    EXPECT_EQ(0, util_is_tdd_prestore_frequency_empty(&r.info));
-    EXPECT_STREQ("100", r.info.QX_PRESTORE_FREQUENCY_TDD);  // stripped in place
-
-    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, "100,200 300");
-    EXPECT_STREQ("200", util_get_next_fdd_prestore_frequency_not_in_list("100 300", &r.info));
-    EXPECT_EQ(1, util_is_all_fdd_prestore_frequency_in_list("300,200 100", &r.info));
-    EXPECT_STREQ("100", util_get_next_fdd_prestore_frequency_not_in_list("1000 200 300", &r.info));  // whole words
-    EXPECT_STREQ("100", util_get_next_fdd_prestore_frequency_not_in_list(nullptr, &r.info));
-    fill(r.info.QX_PRESTORE_FREQUENCY_TDD, "38950");
-    EXPECT_STREQ("38950", util_get_next_prestore_frequency_not_in_list("100", &r.info, PRESTORE_FREQUENCY_LIST_TYPE_TDD));
-    EXPECT_EQ(nullptr, util_get_next_prestore_frequency_not_in_list("x 38950", &r.info,
-                                                                    static_cast<PRESTORE_FREQUENCY_LIST_TYPE>(5)));
-    // only 32 words of each side count, and a huge answer is cut, never overrun
-    std::string list, answer, late;
-    for (int i = 0; i < 40; ++i) list += std::to_string(i) + ",", answer += std::to_string(i) + " ";
-    for (int i = 100; i < 132; ++i) late += std::to_string(i) + " ";
-    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, list);
-    EXPECT_EQ(nullptr, util_get_next_fdd_prestore_frequency_not_in_list(answer.c_str(), &r.info));
-    fill(r.info.QX_PRESTORE_FREQUENCY_FDD, "0");
-    EXPECT_STREQ("0", util_get_next_fdd_prestore_frequency_not_in_list((late + "0").c_str(), &r.info));
-    EXPECT_STREQ("0", util_get_next_fdd_prestore_frequency_not_in_list(std::string(5000, '7').c_str(), &r.info));
+    EXPECT_EQ(0, util_should_we_use_the_second_apn(nullptr));
 }
 
-TEST(LteOperations, PlaceholdersFailAndClearMissingAnswersAndTheSecondApn) {
+TEST(LteOperations, QueriesAndThePlaceholdersThatFailAndClear) {
     // the status queries: one a line, each line ended
     std::string q = util_get_at_to_query_lte_status();
     EXPECT_EQ(11, std::count(q.begin(), q.end(), '\n'));
@@ -296,31 +313,6 @@ TEST(LteOperations, PlaceholdersFailAndClearMissingAnswersAndTheSecondApn) {
     strcpy(result, "stale");
     EXPECT_EQ(-1, util_parse_query_earfcn_physical_cell_id_response(empty, result));
     EXPECT_STREQ("", result);
-
-    Record r;
-    EXPECT_EQ(0, util_should_we_use_the_second_apn(&r.info));
-    EXPECT_EQ(0, util_should_we_use_the_second_apn(nullptr));
-    fill(r.info.QX_CONFIG_APN_NAME3, "iot.apn");
-    EXPECT_EQ(1, util_should_we_use_the_second_apn(&r.info));
-    EXPECT_STREQ("iot.apn", util_get_apn_for_the_second_wan_interface(&r.info));
-}
-
-TEST(Registration, LockPolicy) {
-    Record r;
-    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));  // lock off
-    fill(r.info.QX_LOCK_NETWORK_PLMN, "46000");
-    fill(r.info.QX_ENABLE_LOCK_NETWORK, "Yes");
-    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&r.info, "46002"));  // not exactly "yes"
-    fill(r.info.QX_ENABLE_LOCK_NETWORK, "yes");
-    fill(r.info.QX_LOCK_NETWORK_PLMN2, "46001");
-    const std::pair<const char *, int> cases[] = {{"46001", 1}, {"46002", 0}, {"4600", 0}, {"", 1}, {nullptr, 1}};
-    for (auto [plmn, want] : cases) EXPECT_EQ(want, util_is_register_to_curent_plmn_alowed(&r.info, plmn)) << (plmn ? plmn : "null");
-    Record last;  // locked with no list allows all; the tenth slot counts
-    fill(last.info.QX_ENABLE_LOCK_NETWORK, "yes");
-    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&last.info, "46002"));
-    fill(last.info.QX_LOCK_NETWORK_PLMN10, "46009");
-    EXPECT_EQ(1, util_is_register_to_curent_plmn_alowed(&last.info, "46009"));
-    EXPECT_EQ(0, util_is_register_to_curent_plmn_alowed(&last.info, "46002"));
 }
 
 }  // namespace
