@@ -12,81 +12,49 @@
 namespace {
 
 using golden::Args;
+using golden::show;
 
-std::string joined(char **argv, int n) {
+std::string split(Args &a, bool ext) {
+    char *argv[20];
+    int n = ext ? util_get_all_args_ext(a[0].w(), a[1][0], a[2][0], a[3].i(), argv, a[4].i())
+                : util_get_all_args(a[0].w(), a[1][0], a[2][0], argv, a[3].i());
     std::string out = std::to_string(n) + ":";
     for (int i = 0; i < n; ++i) out += std::string(i ? "|" : "") + argv[i];
     return out;
 }
 
-// The call's first argument as a writable buffer, or null for "(null)".
-struct Text {
-    explicit Text(const std::string &a) : s(a.begin(), a.end()), null(a == "(null)") { s.push_back('\0'); }
-    char *get() { return null ? nullptr : s.data(); }
-    std::vector<char> s;
-    bool null;
-};
-
-std::string in_place(void (*fn)(char *), const Args &a) {
-    Text t(a[0]);
-    fn(t.get());
-    return "\"" + std::string(t.get()) + "\"";
+// A function that changes its text in place, and the text after it.
+golden::Call in_place(void (*fn)(char *)) {
+    return [fn](Args &a) { return fn(a[0].w()), show(a[0].c()); };
 }
 
 TEST(BaseWords, Golden) {
     golden::check("words_calls", golden::calls({
-        {"split",
-         [](const Args &a) {
-             Text t(a[0]);
-             std::vector<char *> argv(20);
-             return joined(argv.data(), util_get_all_args(t.get(), a[1][0], a[2][0], argv.data(), std::stoi(a[3])));
-         }},
-        {"split_ext",
-         [](const Args &a) {
-             Text t(a[0]);
-             std::vector<char *> argv(20);
-             return joined(argv.data(), util_get_all_args_ext(t.get(), a[1][0], a[2][0], std::stoi(a[3]), argv.data(), std::stoi(a[4])));
-         }},
-        {"next_arg2", [](const Args &a) { return "\"" + std::string(util_get_next_arg2(Text(a[0]).get(), std::stoi(a[1]))) + "\""; }},
-        {"next_arg",
-         [](const Args &a) { return "\"" + std::string(util_get_next_arg_cmdlib(Text(a[0]).get(), std::stoi(a[1]))) + "\""; }},
-        {"contains",
-         [](const Args &a) {
-             char w0[] = "-i", w1[] = "wan", w2[] = "-s";
-             char *argv[] = {w0, w1, w2};
+        {"split", [](Args &a) { return split(a, false); }},
+        {"split_ext", [](Args &a) { return split(a, true); }},
+        {"next_arg2", [](Args &a) { return show(util_get_next_arg2(a[0].w(), a[1].i())); }},
+        {"next_arg", [](Args &a) { return show(util_get_next_arg_cmdlib(a[0].c(), a[1].i())); }},
+        {"contains", [](Args &a) {
+             char w0[] = "-i", w1[] = "wan", w2[] = "-s", *argv[] = {w0, w1, w2};
              int pos = -1;
-             int rc = util_contains_specified_parameter(argv, 3, a[0].c_str(), std::stoi(a[1]), &pos);
-             return std::to_string(rc) + " at " + std::to_string(pos);
+             return show(util_contains_specified_parameter(argv, 3, a[0].c(), a[1].i(), &pos), pos);
          }},
-        {"strip_head", [](const Args &a) { return in_place(util_strip_blank_of_string_head, a); }},
-        {"strip_end", [](const Args &a) { return in_place(util_strip_blank_of_string_end, a); }},
-        {"strip_trailing", [](const Args &a) { return in_place(util_strip_traling_spaces, a); }},
-        {"upper", [](const Args &a) { return in_place(util_convert_all_chars_to_upper_case, a); }},
-        {"lower", [](const Args &a) { return in_place(util_convert_all_chars_to_lower_case, a); }},
-        {"strip_char",
-         [](const Args &a) {
-             Text t(a[0]);
-             util_strip_special_char(t.get(), a[1][0]);
-             return "\"" + std::string(t.get()) + "\"";
-         }},
-        {"remove_char",
-         [](const Args &a) {
-             Text t(a[0]);
-             util_remove_special_char(t.get(), a[1][0]);
-             return "\"" + std::string(t.get()) + "\"";
-         }},
-        {"skip_spaces", [](const Args &a) { return "\"" + std::string(util_skip_all_spaces(a[0].c_str())) + "\""; }},
-        {"deconvert",
-         [](const Args &a) {
+        {"strip_head", in_place(util_strip_blank_of_string_head)},
+        {"strip_end", in_place(util_strip_blank_of_string_end)},
+        {"strip_trailing", in_place(util_strip_traling_spaces)},
+        {"upper", in_place(util_convert_all_chars_to_upper_case)},
+        {"lower", in_place(util_convert_all_chars_to_lower_case)},
+        {"strip_char", [](Args &a) { return util_strip_special_char(a[0].w(), a[1][0]), show(a[0].c()); }},
+        {"remove_char", [](Args &a) { return util_remove_special_char(a[0].w(), a[1][0]), show(a[0].c()); }},
+        {"skip_spaces", [](Args &a) { return show(util_skip_all_spaces(a[0].c())); }},
+        {"deconvert", [](Args &a) {
              char out[256];
-             int n = util_string_deconvert_special_char(a[0].c_str(), out, std::stoi(a[1]));
-             return std::to_string(n) + " \"" + out + "\"";
+             return show(util_string_deconvert_special_char(a[0].c(), out, a[1].i()), out);
          }},
-        {"basename",
-         [](const Args &a) {
+        {"basename", [](Args &a) {
              char out[64];
-             util_string_get_basename(a[0].c_str(), out, std::stoi(a[1]));
-             return "\"" + std::string(out) + "\"";
+             util_string_get_basename(a[0].c(), out, a[1].i());
+             return show(out);
          }},
     }));
 }

@@ -24,18 +24,19 @@ namespace {
 
 using namespace cmdlib;
 using golden::Args;
+using golden::show;
 
-std::string q(std::string_view s) { return "\"" + std::string(s) + "\""; }
+std::string q(std::string_view s) { return show(std::string(s)); }
 
 constexpr uint8_t kBytes[6] = {0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc};
 
 // One read of kBytes after skipping to a[0]: whether it worked, the value
-// (or first byte), and where the reader stands.
-std::string byte_read(const Args &a) {
+// (or first byte) in hex, and where the reader stands.
+std::string byte_read(Args &a) {
     ByteReader r(kBytes, sizeof kBytes), s;
-    if (!r.skip(std::stoul(a[0]))) return "bad start";
+    r.skip(a[0].z());
     const std::string &op = a[1];
-    const size_t n = a.size() > 2 ? std::stoul(a[2]) : 0;
+    const size_t n = a.size() > 2 ? a[2].z() : 0;
     uint8_t b = 0, copy[8] = {};
     uint16_t h = 0;
     uint32_t w = 0;
@@ -51,95 +52,83 @@ std::string byte_read(const Args &a) {
     else if (op == "sub") ok = r.sub(n, &s) && s.size() == n, v = ok && n ? s.current()[0] : 0;
     char hex[32];
     snprintf(hex, sizeof hex, "%llx", static_cast<unsigned long long>(v));
-    bool sum_ok = r.offset() + r.remaining() == sizeof kBytes;
-    return std::string(ok ? "ok " : "failed ") + (ok ? hex : "-") + " at " + std::to_string(r.offset()) + (r.ok() == ok ? "" : " sticky?") +
-           (sum_ok ? "" : " window?");
+    return std::string(ok ? "ok " : "failed ") + (ok ? hex : "-") + " at " + std::to_string(r.offset()) +
+           (r.ok() == ok ? "" : " sticky?") + (r.offset() + r.remaining() == sizeof kBytes ? "" : " window?");
+}
+
+std::string_view separators(const std::string &name) {
+    return name == "blank" ? " " : name == "eol" ? kBlankOrEol : name == "white" ? kWhiteSpace : name;
 }
 
 TEST(InternalHelpers, Golden) {
     golden::check("helper_calls", golden::calls({
-        {"int64",
-         [](const Args &a) {
+        {"int64", [](Args &a) {
              int64_t v = 0;
-             return parse_int64(a[0], &v) ? std::to_string(v) : std::string("refused");
+             return parse_int64(a[0], &v) ? std::to_string(v) : "refused";
          }},
-        {"atoi", [](const Args &a) { return std::to_string(atoi_sat(a[0])); }},
-        {"split_once",
-         [](const Args &a) {
+        {"atoi", [](Args &a) { return show(atoi_sat(a[0])); }},
+        {"split_once", [](Args &a) {
              std::string_view h = "-", t = "-";
              bool ok = split_once(a[0], a[1][0], &h, &t);
-             return std::to_string(ok) + " " + q(h) + " " + q(t);
+             return show(ok) + " " + q(h) + " " + q(t);
          }},
-        {"strip", [](const Args &a) { return q(strip(a[0])); }},
-        {"consume",
-         [](const Args &a) {
+        {"strip", [](Args &a) { return q(strip(a[0])); }},
+        {"consume", [](Args &a) {
              std::string_view s = a[0];
-             return std::to_string(consume_prefix(&s, a[1])) + " " + q(s);
+             bool ok = consume_prefix(&s, a[1]);
+             return show(ok) + " " + q(s);
          }},
-        {"words",
-         [](const Args &a) {
-             std::string_view rest = a[0], seps = a[1] == "blank" ? " " : a[1] == "eol" ? kBlankOrEol : a[1] == "white" ? kWhiteSpace : a[1];
+        {"words", [](Args &a) {
+             std::string_view rest = a[0], seps = separators(a[1]);
              std::string out;
-             for (std::string_view w = next_word(&rest, seps); !w.empty(); w = next_word(&rest, seps)) out += q(w) + " ";
+             for (std::string_view w = next_word(&rest, seps); !w.empty(); w = next_word(&rest, seps))
+                 out += q(w) + " ";
              return out + (rest.empty() ? "(all read)" : "(left " + q(rest) + ")");
          }},
-        {"split_words",
-         [](const Args &a) {
+        {"split_words", [](Args &a) {
              std::string_view w[4];
-             size_t n = split_words(a[0], " ", w, std::stoul(a[1]));
-             return std::to_string(n) + " last " + q(n ? w[n - 1] : "");
+             size_t n = split_words(a[0], " ", w, a[1].z());
+             return show(n) + " last " + q(n ? w[n - 1] : "");
          }},
-        {"copy",
-         [](const Args &a) {
+        {"copy", [](Args &a) {
              char buf[16] = "untouched";
-             size_t n = copy_bounded(std::stoi(a[1]) ? buf : nullptr, std::stoul(a[1]), a[0]);
-             return std::to_string(n) + " " + q(buf);
+             return show(copy_bounded(a[1].i() ? buf : nullptr, a[1].z(), a[0]), buf);
          }},
-        {"format",
-         [](const Args &a) {
+        {"format", [](Args &a) {
              char f[16];
-             size_t n = format_bounded(f, std::stoul(a[2]), "%d-%s", std::stoi(a[0]), a[1].c_str());
-             return std::to_string(n) + " " + q(f);
+             return show(format_bounded(f, a[2].z(), "%d-%s", a[0].i(), a[1].c_str()), f);
          }},
-        {"append",
-         [](const Args &a) {
+        {"append", [](Args &a) {
              char buf[16];
              copy_bounded(buf, sizeof buf, a[0]);
-             size_t n = append_bounded(buf, std::stoul(a[2]), a[1]);
-             return std::to_string(n) + " " + q(buf);
+             return show(append_bounded(buf, a[2].z(), a[1]), buf);
          }},
-        {"quote",
-         [](const Args &a) {
+        {"quote", [](Args &a) {
              char out[128] = "untouched";
-             int n = shell_quote(a[0].c_str(), out, std::stoul(a[1]));
-             return std::to_string(n) + " " + q(out);
+             return show(shell_quote(a[0].c_str(), out, a[1].z()), out);
          }},
-        {"format_command",
-         [](const Args &a) {
+        {"format_command", [](Args &a) {
              char out[64] = "junk";
-             bool ok = format_command(out, std::stoul(a[2]), a[0].c_str(), a[1].c_str());
-             return std::to_string(ok) + " " + q(out);
+             return show(format_command(out, a[2].z(), a[0].c_str(), a[1].c_str()), out);
          }},
-        {"append_word",
-         [](const Args &a) {
-             CommandLine<64> line;
-             line.format("%s", a[0].c_str());
-             bool ok = std::stoi(a[2]) == 64 ? line.append_word(a[1]) : false;
-             if (std::stoi(a[2]) == 16) {
+        {"append_word", [](Args &a) {
+             if (a[2] == "16") {
                  CommandLine<16> small;
                  small.format("%s", a[0].c_str());
-                 ok = small.append_word(a[1]);
-                 return std::to_string(ok) + " " + std::to_string(small.ok()) + " " + q(small.c_str());
+                 bool ok = small.append_word(a[1]);
+                 return show(ok, small.ok(), small.c_str());
              }
-             return std::to_string(ok) + " " + std::to_string(line.ok()) + " " + q(line.c_str());
+             CommandLine<64> line;
+             line.format("%s", a[0].c_str());
+             bool ok = line.append_word(a[1]);
+             return show(ok, line.ok(), line.c_str());
          }},
         {"read", byte_read},
-        {"align",
-         [](const Args &a) {
+        {"align", [](Args &a) {
              const uint8_t bytes[8] = {};
-             ByteReader r(bytes, std::stoul(a[0]));
-             r.skip(std::stoul(a[1]));
-             bool ok = r.align(std::stoul(a[2]));
+             ByteReader r(bytes, a[0].z());
+             r.skip(a[1].z());
+             bool ok = r.align(a[2].z());
              return std::string(ok ? "ok" : "failed") + " at " + std::to_string(r.offset());
          }},
     }));

@@ -1,8 +1,8 @@
 // The modem side's pure rules: band catalogue and bit-map converters,
 // network modes and access technologies, band 42/43 frequencies, UTF-8 to
-// code units, the status indication line, signal bars, the LTE status list,
-// prestore lists and the registration lock.  One-call rules are tables in
-// tests/unit/golden/modem_calls.
+// code units, the status indication line, signal bars, the LTE status
+// list, prestore lists and the registration lock.  Single calls are tables
+// in tests/golden/modem_calls; rules of a record take it field by field.
 #include <gtest/gtest.h>
 #include <string.h>
 
@@ -22,38 +22,27 @@
 namespace {
 
 using golden::Args;
+using golden::show;
 
 struct Record {
     InfoStruct info;
     Record() { memset(&info, 0, sizeof info); }
+    InfoStruct *p() { return &info; }
 };
-
-// The text into the field, without a terminator when it fills the field.
-template <size_t N> void fill(char (&field)[N], const std::string &text) {
-    memset(field, 0, N);
-    memcpy(field, text.data(), std::min(text.size(), N));
-}
 
 // A record filled from "FIELD=value;FIELD=value" (a value as long as its
 // field leaves no terminator).
-Record record_from(const std::string &spec) {
+Record rec(const std::string &spec) {
     Record r;
     for (size_t i = 0; i < spec.size();) {
         size_t end = std::min(spec.find(';', i), spec.size()), eq = spec.find('=', i);
         const cmdlib::InfoFieldDesc *f = cmdlib::find_info_field(spec.substr(i, eq - i));
         EXPECT_NE(f, nullptr) << spec.substr(i, eq - i);
-        if (f) memcpy(cmdlib::info_field_ptr(&r.info, *f), spec.data() + eq + 1, std::min(end - eq - 1, f->width));
+        if (f) memcpy(cmdlib::info_field_ptr(&r.info, *f), &spec[eq + 1], std::min(end - eq - 1, f->width));
         i = end + 1;
     }
     return r;
 }
-
-PRESTORE_FREQUENCY_LIST_TYPE list_type(const std::string &t) {
-    return t == "fdd" ? PRESTORE_FREQUENCY_LIST_TYPE_FDD : t == "tdd" ? PRESTORE_FREQUENCY_LIST_TYPE_TDD : static_cast<PRESTORE_FREQUENCY_LIST_TYPE>(5);
-}
-
-const char *cstr(const std::string &a) { return a == "(null)" ? nullptr : a.c_str(); }
-std::string str(const char *s) { return s ? std::string("\"") + s + "\"" : "(null)"; }
 
 std::string map_text(const BigValue &v) {
     char buf[BIG_VALUE_TEXT_SIZE];
@@ -67,118 +56,101 @@ std::string map_of(const std::vector<int> &bits) {
     return map_text(v);
 }
 
-std::vector<int> numbers(const std::string &list) {
-    std::vector<int> out;
+// "40,2,0" as a map of those bits
+std::string map_of_list(const std::string &list) {
+    std::vector<int> bits;
     for (size_t i = 0; i < list.size(); i = list.find(',', i) == std::string::npos ? list.size() : list.find(',', i) + 1)
-        out.push_back(std::stoi(list.substr(i)));
-    return out;
+        bits.push_back(std::stoi(list.substr(i)));
+    return map_of(bits);
 }
 
-std::vector<uint8_t> bytes_of(const std::string &hex) {
-    std::vector<uint8_t> out;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) out.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+std::vector<uint8_t> bytes(const std::string &hex) {
+    std::vector<uint8_t> out(hex.size() / 2 + 1);
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) out[i / 2] = static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16));
     return out;
 }
 
 std::string band_names(const std::string &map) {
     char out[UTIL_BAND_NAMES_SIZE];
     memset(out, 'x', sizeof out);
-    return std::to_string(util_get_all_supported_band_names(map.c_str(), out)) + " \"" + out + "\"";
+    return show(util_get_all_supported_band_names(map.c_str(), out), out);
 }
 
-template <size_t N> std::string setting(char (InfoStruct::*field)[N], int (*fn)(InfoStruct *), const std::string &text) {
-    Record r;
-    fill(r.info.*field, text);
-    return std::to_string(fn(&r.info));
+std::string utf8_string(const std::string &hex, int size) {
+    std::vector<uint8_t> in = bytes(hex), out(300, 0xEE);
+    int n = util_utf8_to_unicode_string(in.data(), out.data(), static_cast<int>(hex.size() / 2), size);
+    const char *past = out[static_cast<size_t>(size)] != 0xEE ? " past the end!" : "";
+    return show(n, n < 0 ? "" : reinterpret_cast<char *>(out.data())) + past;
+}
+
+std::string prestore(Args &a) {
+    Record r = rec(a[0]);
+    auto type = a[2] == "fdd" ? PRESTORE_FREQUENCY_LIST_TYPE_FDD
+                : a[2] == "tdd" ? PRESTORE_FREQUENCY_LIST_TYPE_TDD : static_cast<PRESTORE_FREQUENCY_LIST_TYPE>(5);
+    int all = a[2] == "fdd" ? util_is_all_fdd_prestore_frequency_in_list(a[1].c(), &r.info)
+                            : util_is_all_tdd_prestore_frequency_in_list(a[1].c(), &r.info);
+    return show(util_get_next_prestore_frequency_not_in_list(a[1].c(), &r.info, type), all);
 }
 
 TEST(ModemCalls, Golden) {
+    using namespace cmdlib;
     golden::check("modem_calls", golden::calls({
-        {"band_name", [](const Args &a) { return str(util_get_band_name_by_value(std::stoi(a[0]))); }},
-        {"band_value", [](const Args &a) { return std::to_string(util_get_band_value_by_name(cstr(a[0]))); }},
-        {"band_names_bits", [](const Args &a) { return band_names(map_of(numbers(a[0]))); }},
-        {"band_names_text", [](const Args &a) { return band_names(a[0]); }},
-        {"mode_from_setting", [](const Args &a) { return std::to_string(util_get_real_network_mode_from_settings(std::stoi(a[0]))); }},
-        {"setting_from_mode", [](const Args &a) { return std::to_string(util_get_real_settings_from_network_mode(std::stoi(a[0]))); }},
-        {"act",
-         [](const Args &a) {
+        {"band_name", [](Args &a) { return show(util_get_band_name_by_value(a[0].i())); }},
+        {"band_value", [](Args &a) { return show(util_get_band_value_by_name(a[0].c())); }},
+        {"band_names_bits", [](Args &a) { return band_names(map_of_list(a[0])); }},
+        {"band_names_text", [](Args &a) { return band_names(a[0]); }},
+        {"mode_from_setting", [](Args &a) { return show(util_get_real_network_mode_from_settings(a[0].i())); }},
+        {"setting_from_mode", [](Args &a) { return show(util_get_real_settings_from_network_mode(a[0].i())); }},
+        {"act", [](Args &a) {
              char name[32] = "stale";
-             int cls = util_get_remapped_network_act(std::stoi(a[0]), name);
-             return std::to_string(cls) + " \"" + name + "\" " + str(util_convert_act_to_network_mode_string(std::stoi(a[0])));
+             int cls = util_get_remapped_network_act(a[0].i(), name);
+             return show(cls, name, util_convert_act_to_network_mode_string(a[0].i()));
          }},
-        {"lte_strategy", [](const Args &a) { return setting(&InfoStruct::QX_4G_FDD_PREFERRED, util_get_lte_search_network_strategy, a[0]); }},
-        {"cs_ps", [](const Args &a) { return setting(&InfoStruct::QX_CS_PS_PREFERRED_MODE, util_get_cs_ps_service_mode, a[0]); }},
-        {"unsupported", [](const Args &a) { return setting(&InfoStruct::QX_NETWORK_MODE_NOT_SUPPORT, util_get_unsupported_network_mode, a[0]); }},
+        {"lte_strategy", [](Args &a) { return show(util_get_lte_search_network_strategy(rec(a[0]).p())); }},
+        {"cs_ps", [](Args &a) { return show(util_get_cs_ps_service_mode(rec(a[0]).p())); }},
+        {"unsupported", [](Args &a) { return show(util_get_unsupported_network_mode(rec(a[0]).p())); }},
         {"earfcn_of_khz",
-         [](const Args &a) { return std::to_string(util_get_earfcn_from_downlink_frequency_value_for_b42_43_module(std::stoi(a[0]))); }},
-        {"band_and_freq",
-         [](const Args &a) {
-             return std::to_string(util_get_band_from_downlink_earfcn_value(std::stoi(a[0]))) + " " +
-                    std::to_string(util_get_frequency_from_downlink_earfcn_value(std::stoi(a[0])));
+         [](Args &a) { return show(util_get_earfcn_from_downlink_frequency_value_for_b42_43_module(a[0].i())); }},
+        {"band_and_freq", [](Args &a) {
+             return show(util_get_band_from_downlink_earfcn_value(a[0].i()),
+                         util_get_frequency_from_downlink_earfcn_value(a[0].i()));
          }},
-        {"strlen", [](const Args &a) { return std::to_string(util_get_utf8_strlen(bytes_of(a[0]).data(), std::stoi(a[1]))); }},
-        {"one",
-         [](const Args &a) {
+        {"strlen", [](Args &a) { return show(util_get_utf8_strlen(bytes(a[0]).data(), a[1].i())); }},
+        {"one", [](Args &a) {
              uint32_t code = 99;
-             int n = util_utf8_to_unicode_one(bytes_of(a[0]).data(), &code, std::stoi(a[1]));
+             int n = util_utf8_to_unicode_one(bytes(a[0]).data(), &code, a[1].i());
              char hex[16];
              snprintf(hex, sizeof hex, "%X", code);
-             return std::to_string(n) + " " + hex;
+             return show(n) + " " + hex;
          }},
-        {"string",
-         [](const Args &a) {
-             std::vector<uint8_t> in = bytes_of(a[0]), out(300, 0xEE);
-             int size = std::stoi(a[1]);
-             int n = util_utf8_to_unicode_string(in.data(), out.data(), static_cast<int>(in.size()), size);
-             std::string text = n < 0 ? "" : reinterpret_cast<char *>(out.data());
-             return std::to_string(n) + " \"" + text + "\"" + (out[static_cast<size_t>(size)] != 0xEE ? " past the end!" : "");
+        {"string", [](Args &a) { return utf8_string(a[0], a[1].i()); }},
+        {"sim", [](Args &a) {
+             Args b = a, c = a;
+             return show(status_sim_exist(a[0].c()), status_need_pin(b[0].w()), status_need_puk(c[0].w()));
          }},
-        {"sim",
-         [](const Args &a) {
-             std::string l1 = a[0], l2 = a[0], l3 = a[0];
-             return std::to_string(cmdlib::status_sim_exist(l1.c_str())) + " " + std::to_string(cmdlib::status_need_pin(&l2[0])) +
-                    " " + std::to_string(cmdlib::status_need_puk(&l3[0]));
-         }},
-        {"dial",
-         [](const Args &a) {
-             std::string line = a[0];
+        {"dial", [](Args &a) {
              int st = -5, sig = -5;
-             int rc = cmdlib::status_dial_and_signal(&line[0], &st, &sig);
-             return std::to_string(rc) + " " + std::to_string(st) + " " + std::to_string(sig);
+             return show(status_dial_and_signal(a[0].w(), &st, &sig), st, sig);
          }},
-        {"level", [](const Args &a) { return std::to_string(util_signal_get_level_by_4g_rsrp(cstr(a[0]), std::stoi(a[1]))); }},
-        {"override", [](const Args &a) { return std::to_string(cmdlib::signal_min_rsrp_from_text(cstr(a[0]), std::stoi(a[1]))); }},
-        {"lte_list",
-         [](const Args &a) {
-             Record r = record_from(a[0]);
+        {"level", [](Args &a) { return show(util_signal_get_level_by_4g_rsrp(a[0].c(), a[1].i())); }},
+        {"override", [](Args &a) { return show(signal_min_rsrp_from_text(a[0].c(), a[1].i())); }},
+        {"lte_list", [](Args &a) {
              char list[UTIL_LTE_STATUS_LIST_SIZE + 16];
              snprintf(list, sizeof list, "%s", a[1].c_str());
-             return std::to_string(util_generate_lte_status_response_result(&r.info, list)) + " \"" + list + "\"";
+             return show(util_generate_lte_status_response_result(rec(a[0]).p(), list), list);
          }},
-        {"prestore_empty",
-         [](const Args &a) {
-             Record r = record_from(a[0]);
+        {"prestore_empty", [](Args &a) {
+             Record r = rec(a[0]);
              bool fdd = a[1] == "fdd";
              int rc = fdd ? util_is_fdd_prestore_frequency_empty(&r.info) : util_is_tdd_prestore_frequency_empty(&r.info);
-             return std::to_string(rc) + " \"" + (fdd ? r.info.QX_PRESTORE_FREQUENCY_FDD : r.info.QX_PRESTORE_FREQUENCY_TDD) + "\"";
+             return show(rc, fdd ? r.info.QX_PRESTORE_FREQUENCY_FDD : r.info.QX_PRESTORE_FREQUENCY_TDD);
          }},
-        {"prestore_next",
-         [](const Args &a) {
-             Record r = record_from(a[0]);
-             std::string all = std::to_string(a[2] == "fdd" ? util_is_all_fdd_prestore_frequency_in_list(cstr(a[1]), &r.info)
-                                                            : util_is_all_tdd_prestore_frequency_in_list(cstr(a[1]), &r.info));
-             return str(util_get_next_prestore_frequency_not_in_list(cstr(a[1]), &r.info, list_type(a[2]))) + " all=" + all;
+        {"prestore_next", prestore},
+        {"second_apn", [](Args &a) {
+             Record r = rec(a[0]);
+             return show(util_should_we_use_the_second_apn(&r.info), util_get_apn_for_the_second_wan_interface(&r.info));
          }},
-        {"second_apn",
-         [](const Args &a) {
-             Record r = record_from(a[0]);
-             return std::to_string(util_should_we_use_the_second_apn(&r.info)) + " " + str(util_get_apn_for_the_second_wan_interface(&r.info));
-         }},
-        {"plmn",
-         [](const Args &a) {
-             Record r = record_from(a[0]);
-             return std::to_string(util_is_register_to_curent_plmn_alowed(&r.info, cstr(a[1])));
-         }},
+        {"plmn", [](Args &a) { return show(util_is_register_to_curent_plmn_alowed(rec(a[0]).p(), a[1].c())); }},
     }));
 }
 

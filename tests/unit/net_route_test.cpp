@@ -14,63 +14,44 @@
 
 using cmdlib::TextLineReader;
 using golden::Args;
+using golden::show;
 
 namespace {
 
-const char *cstr(const std::string &a) { return a == "(null)" ? nullptr : a.c_str(); }
-
 TEST(RouteCalls, Golden) {
+    using namespace cmdlib;
     golden::check("route_calls", golden::calls({
-        {"wan_route",
-         [](const Args &a) {
+        {"wan_route", [](Args &a) {
              TextLineReader<256> r(a[0]);
              char out[64] = "untouched";
-             return cmdlib::wan_name_from_route(r, out, sizeof out) ? "\"" + std::string(out) + "\"" : std::string("none");
+             return wan_name_from_route(r, out, sizeof out) ? show(out) : "none";
          }},
-        {"gateway",
-         [](const Args &a) {
+        {"gateway", [](Args &a) {
              uint32_t gw = 0;
-             if (!cmdlib::wan_default_gateway(a[0], a[1], &gw)) return std::string("none");
-             in_addr in{gw};
-             return std::string(inet_ntoa(in));
+             return wan_default_gateway(a[0], a[1], &gw) ? std::string(inet_ntoa(in_addr{gw})) : "none";
          }},
-        {"netdev", [](const Args &a) { return std::to_string(cmdlib::netdev_line_names(a[0], a[1].c_str())); }},
-        {"dns_line", [](const Args &a) { return std::to_string(cmdlib::dns_line_wanted(a[0], a[1] == "v4")); }},
-        {"netmask",
-         [](const Args &a) {
-             std::string m = a[0];
-             return std::to_string(util_get_netmask_bit_value_1_count(a[0] == "(null)" ? nullptr : &m[0]));
-         }},
-        {"prefix",
-         [](const Args &a) {
-             std::string src = a[0];
+        {"netdev", [](Args &a) { return show(netdev_line_names(a[0], a[1].c_str())); }},
+        {"dns_line", [](Args &a) { return show(dns_line_wanted(a[0], a[1] == "v4")); }},
+        {"netmask", [](Args &a) { return show(util_get_netmask_bit_value_1_count(a[0].w())); }},
+        {"prefix", [](Args &a) {
              char out[80] = "untouched";
-             int rc = util_network_get_ipv6_prefix_ext(&src[0], std::stoi(a[1]), std::stoi(a[2]), out, std::stoi(a[3]));
-             return std::to_string(rc) + " \"" + out + "\"";
+             return show(util_network_get_ipv6_prefix_ext(a[0].w(), a[1].i(), a[2].i(), out, a[3].i()), out);
          }},
-        {"segment",
-         [](const Args &a) {
-             std::string mask = a[1];
+        {"segment", [](Args &a) {
              char seg[16] = "untouched";
              in_addr_t n = 0;
-             int rc = util_get_network_segment4(cstr(a[0]), &mask[0], &n, seg, std::stoi(a[2]));
-             return std::to_string(rc) + " \"" + seg + "\" " + inet_ntoa(in_addr{n});
+             int rc = util_get_network_segment4(a[0].c(), a[1].w(), &n, seg, a[2].i());
+             return show(rc, seg) + " " + inet_ntoa(in_addr{n});
          }},
-        {"relation",
-         [](const Args &a) {
-             return std::to_string(util_get_2_network_segment_relations4(cstr(a[0]), cstr(a[1]), cstr(a[2]), cstr(a[3])));
+        {"relation", [](Args &a) {
+             return show(util_get_2_network_segment_relations4(a[0].c(), a[1].c(), a[2].c(), a[3].c()));
          }},
-        {"isipv4",
-         [](const Args &a) {
-             std::string t = a[0];
-             return std::to_string(isipv4Str(a[0] == "(null)" ? nullptr : &t[0]));
-         }},
-        {"mac",
-         [](const Args &a) {
+        {"isipv4", [](Args &a) { return show(isipv4Str(a[0].w())); }},
+        {"mac", [](Args &a) {
              unsigned char mac[6];
              for (int i = 0; i < 6; ++i) mac[i] = static_cast<unsigned char>(std::stoi(a[0].substr(2 * i, 2), nullptr, 16));
              char text[18] = "untouched";
-             util_network_get_mac_string(mac, text, std::stoi(a[1]));
+             util_network_get_mac_string(mac, text, a[1].i());
              return std::string(text);
          }},
     }));

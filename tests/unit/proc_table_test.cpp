@@ -100,19 +100,19 @@ TEST(ProcCalls, Golden) {
     const std::string root = golden::fixture("proc"), here = cwd();
     golden::check("proc_calls", golden::calls({
         {"match",
-         [](const Args &a) {
+         [](Args &a) {
              std::vector<std::string> argv = split(a[0], ' '), match = split(a[2], ',');
              auto av = c_strings(argv), mv = c_strings(match);
              return std::to_string(cmdlib::process_matches(av.data(), static_cast<int>(av.size()), a[1] == "(null)" ? nullptr : a[1].c_str(),
                                                            mv.data(), std::stoi(a[3])));
          }},
         {"pid",
-         [](const Args &a) {
+         [](Args &a) {
              int pid = -1;
              return cmdlib::parse_pid_name(a[0].c_str(), &pid) ? std::to_string(pid) : std::string("no");
          }},
         {"list",
-         [&](const Args &a) {
+         [&](Args &a) {
              int pids[16];
              int n = cmdlib::proc_list(root.c_str(), pids, std::stoi(a[0]));
              std::sort(pids, pids + n);
@@ -121,7 +121,7 @@ TEST(ProcCalls, Golden) {
              return out;
          }},
         {"walk",
-         [&](const Args &a) {
+         [&](Args &a) {
              std::vector<std::string> match = split(a[1], ',');
              auto mv = c_strings(match);
              char pid_value[16] = "none";
@@ -139,7 +139,7 @@ TEST(ProcCalls, Golden) {
              return out + " cwd " + left;
          }},
         {"cmdline",
-         [&](const Args &a) {
+         [&](Args &a) {
              char line[512];
              memset(line, '#', sizeof line);
              line[511] = '\0';
@@ -147,7 +147,7 @@ TEST(ProcCalls, Golden) {
              return std::to_string(rc) + " " + shown(line);
          }},
         {"args",
-         [&](const Args &a) {
+         [&](Args &a) {
              char *argv[8], buf[512];
              int argc = -1;
              int n = cmdlib::proc_args(root.c_str(), std::stoi(a[0]), argv, &argc, std::stoi(a[1]), buf, std::stoi(a[2]));
@@ -156,7 +156,7 @@ TEST(ProcCalls, Golden) {
              return out;
          }},
         {"info",
-         [&](const Args &a) {
+         [&](Args &a) {
              ProcessInfo i;
              if (cmdlib::proc_process_info(root.c_str(), std::stoi(a[0]), &i) != 0) return std::string("-1");
              char out[1024];

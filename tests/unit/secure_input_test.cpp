@@ -20,29 +20,20 @@
 
 namespace fs = std::filesystem;
 using golden::Args;
+using golden::show;
 
 namespace {
 
-// A writable copy of the argument, or null for "(null)".
-struct Text {
-    explicit Text(const std::string &a) : s(a), null(a == "(null)") {}
-    char *get() { return null ? nullptr : &s[0]; }
-    std::string s;
-    bool null;
-};
-
 TEST(SecureValidators, Golden) {
     golden::check("secure_calls", golden::calls({
-        {"match", [](const Args &a) { return std::to_string(qx_match_char(Text(a[0]).get(), Text(a[1]).get())); }},
-        {"password",
-         [](const Args &a) { return std::to_string(is_valid_password(Text(a[0]).get(), std::stoi(a[1]), std::stoi(a[2]))); }},
-        {"switch", [](const Args &a) { return std::to_string(is_switch_string(Text(a[0]).get())); }},
-        {"port", [](const Args &a) { return std::to_string(is_valid_port(Text(a[0]).get())); }},
-        {"ip", [](const Args &a) { return std::to_string(is_valid_ip(Text(a[0]).get())); }},
-        {"number",
-         [](const Args &a) {
-             int special = a[3] == "(null)" ? 0 : std::stoi(a[3]);
-             return std::to_string(is_valid_number(Text(a[0]).get(), std::stoi(a[1]), std::stoi(a[2]), a[3] == "(null)" ? nullptr : &special));
+        {"match", [](Args &a) { return show(qx_match_char(a[0].w(), a[1].w())); }},
+        {"password", [](Args &a) { return show(is_valid_password(a[0].w(), a[1].i(), a[2].i())); }},
+        {"switch", [](Args &a) { return show(is_switch_string(a[0].c())); }},
+        {"port", [](Args &a) { return show(is_valid_port(a[0].c())); }},
+        {"ip", [](Args &a) { return show(is_valid_ip(a[0].c())); }},
+        {"number", [](Args &a) {
+             int special = a[3].null() ? 0 : a[3].i();
+             return show(is_valid_number(a[0].c(), a[1].i(), a[2].i(), a[3].null() ? nullptr : &special));
          }},
     }));
 }
