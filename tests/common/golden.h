@@ -109,6 +109,13 @@ struct Arg : std::string {
     size_t z() const { return std::stoul(*this); }
 };
 using Args = std::vector<Arg>;
+// All the arguments as one text, "|" between them: for steps that take a
+// whole command line, pipes included.
+inline std::string joined(const Args &a) {
+    std::string out;
+    for (size_t i = 0; i < a.size(); ++i) out += (i ? "|" : "") + a[i];
+    return out;
+}
 using Call = std::function<std::string(Args &)>;
 using Table = std::map<std::string, Call>;
 
