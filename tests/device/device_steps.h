@@ -3,8 +3,12 @@
 // scenario reads as a transcript of steps and answers.
 #pragma once
 
+#include <list>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "common/golden.h"
 #include "device.h"
@@ -30,8 +34,18 @@ inline golden::Table with_device(golden::Table table) {
     table["calls"] = [](Args &a) {
         std::string out;
         for (const std::string &c : a[0].empty() ? calls() : calls(a[0])) out += (out.empty() ? "" : " ; ") + c;
-        return out.empty() ? "(none)" : out;
+        return out.empty() ? "(none)" : std::regex_replace(out, std::regex("/tmp/\\.cmdlib_tmp_[^ ]*"), "/tmp/.cmdlib_tmp_*");
     };
+    table["at"] = [](Args &a) { return sendat_answer(a[0], a[1], a.size() > 2 ? a[2].i() : 0), "ok"; };
+    static std::list<Process> processes;
+    table["start"] = [](Args &a) {
+        std::istringstream words(a[0]);
+        std::vector<std::string> argv;
+        for (std::string w; words >> w;) argv.push_back(w);
+        processes.emplace_back(argv);
+        return "started";
+    };
+    table["stop"] = [](Args &) { return processes.clear(), "stopped"; };
     table["answer"] = [](Args &a) { return set_answer(a[0], a[1], a.size() > 2 ? a[2].i() : 0), "ok"; };
     table["mdlcfg"] = [](Args &a) { return mdlcfg_set(a[0], a[1]), "ok"; };
     table["reset"] = [](Args &) { return reset_device_state(), "ok"; };
