@@ -397,4 +397,30 @@ std::vector<std::string> UdpResponder::received(size_t n, int timeout_ms) {
     return received_;
 }
 
+Process::Process(const std::vector<std::string> &argv) {
+    const std::string name = fs::path(argv[0]).filename().string();
+    std::error_code ec;
+    fs::create_directories(fs::path(argv[0]).parent_path(), ec);
+    fs::remove(argv[0], ec);  // whatever stood there, in the device's throwaway root
+    fs::create_symlink(fs::read_symlink("/usr/local/bin/mdlcfg", ec), argv[0], ec);
+    set_answer_delay(name, -1);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        std::vector<char *> v;
+        for (const std::string &a : argv) v.push_back(const_cast<char *>(a.c_str()));
+        v.push_back(nullptr);
+        ::execv(argv[0].c_str(), v.data());
+        ::_exit(127);
+    }
+    // until it sleeps under its own name (comm holds at most 15 characters)
+    const std::string stat = "/proc/" + std::to_string(pid_) + "/stat", want = "(" + name.substr(0, 15) + ") S";
+    EXPECT_TRUE(wait_until([&] { return read_file(stat).find(want) != std::string::npos; })) << argv[0];
+}
+
+Process::~Process() {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+}
+
 }  // namespace devtest

@@ -207,4 +207,21 @@ class UdpResponder {
     std::thread thread_;
 };
 
+// ---- processes -----------------------------------------------------------------
+// A process with a daemon's name and command line, running until the object
+// goes: argv[0] (an absolute path) is replaced by a link to the simulator,
+// told to hang, so the library's /proc walk, killall and pidof see a
+// sleeping process of that name.  The call is logged like any other.
+class Process {
+  public:
+    explicit Process(const std::vector<std::string> &argv);
+    ~Process();
+    Process(const Process &) = delete;
+    Process &operator=(const Process &) = delete;
+    int pid() const { return pid_; }
+
+  private:
+    int pid_ = -1;
+};
+
 }  // namespace devtest

@@ -1,10 +1,8 @@
 // Modem family inside the device: the AT channel against the sendat
 // simulator, the flag files, the status indication file, the signal
 // override files and the modem process checks.
-#include <signal.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -24,49 +22,7 @@
 
 namespace {
 
-// Copies of this binary started with MODEM_TEST_SLEEPER set only sleep:
-// they stand in for the modem tools whose names the library looks for.
-const int g_sleeper = [] {
-    if (getenv("MODEM_TEST_SLEEPER")) {
-        pause();
-        _exit(0);
-    }
-    return 0;
-}();
-
-class Program {
-  public:
-    Program(const std::string &name, std::vector<std::string> args) {
-        std::string path = "/tmp/modem_bin/" + name;
-        std::error_code ec;
-        std::filesystem::create_directories("/tmp/modem_bin", ec);
-        if (!std::filesystem::exists(path, ec))
-            std::filesystem::copy_file(std::filesystem::read_symlink("/proc/self/exe"), path, ec);
-        pid_ = fork();
-        if (pid_ == 0) {
-            setenv("MODEM_TEST_SLEEPER", "1", 1);
-            std::vector<char *> argv{const_cast<char *>(path.c_str())};
-            for (auto &a : args) argv.push_back(const_cast<char *>(a.c_str()));
-            argv.push_back(nullptr);
-            execv(path.c_str(), argv.data());
-            _exit(127);
-        }
-        // wait until the child runs under its new name
-        for (int i = 0; i < 200; ++i) {
-            if (devtest::read_file("/proc/" + std::to_string(pid_) + "/cmdline").find(name) !=
-                std::string::npos)
-                break;
-            usleep(5000);
-        }
-    }
-    ~Program() {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
-
-  private:
-    pid_t pid_;
-};
+using devtest::Process;
 
 const char *kStatus = "/tmp/cmdlib/.system_signal_sim_status_ind";
 
@@ -206,33 +162,23 @@ TEST_F(ModemDevice, FlagFiles) {
 
 // ---- status indication file ------------------------------------------------------
 
-TEST_F(ModemDevice, StatusFileAtItsFixedPath) {
+TEST_F(ModemDevice, StatusFileAtItsFixedPathAndTheLteParser) {
     int st = -5, sig = -5;
-    EXPECT_EQ(0, cmd_sim_exist());  // missing file
-    EXPECT_EQ(0, cmd_sim_need_pin());
+    char answer[] = "+QXRSRP: -95\r\nOK", empty[] = "", result[32] = "stale";
+    EXPECT_EQ(0, cmd_sim_exist() + cmd_sim_need_pin());  // missing file
     EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    devtest::write_file(kStatus, "1 0 1 18 0 0 0 1 7 1\n");
-    EXPECT_EQ(1, cmd_sim_exist());
-    EXPECT_EQ(0, cmd_sim_need_pin());
-    EXPECT_EQ(1, cmd_sim_need_puk());
-    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    EXPECT_EQ(1, st);
-    EXPECT_EQ(18, sig);
-    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
-    EXPECT_EQ(2147483647, cmd_sim_exist());
-}
-
-TEST_F(ModemDevice, LteStatusParseFollowsSimAndTechnology) {
-    char answer[] = "+QXRSRP: -95\r\nOK";
-    char result[32] = "stale";
     EXPECT_EQ(0, util_parse_lte_status(answer, result));  // no SIM: empty, 0
     EXPECT_STREQ("", result);
-    devtest::write_file(kStatus, "1 0 0 23 0 1 1 1 7 1\n");  // LTE: the platform parser
-    strcpy(result, "stale");
+    devtest::write_file(kStatus, "1 0 1 18 0 0 0 1 7 1\n");
+    EXPECT_EQ((std::vector<int>{1, 0, 1}), (std::vector<int>{cmd_sim_exist(), cmd_sim_need_pin(), cmd_sim_need_puk()}));
+    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
+    EXPECT_EQ(st * 100 + sig, 118);
+    strcpy(result, "stale");  // LTE with a SIM: this platform's parser, which has nothing to give
     EXPECT_EQ(0, util_parse_lte_status(answer, result));
     EXPECT_STREQ("", result);
-    char empty[] = "";
     EXPECT_EQ(-1, util_parse_lte_status(empty, result));
+    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
+    EXPECT_EQ(2147483647, cmd_sim_exist());
 }
 
 // ---- signal overrides ---------------------------------------------------------------
@@ -246,11 +192,8 @@ TEST_F(ModemDevice, SignalOverrideFiles) {
     devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_4_MIN_RSRP", "junk");
     devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_5_MIN_RSRP", "-90123456789");
     util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
-    EXPECT_EQ(-125, l[0]);
-    EXPECT_EQ(-115, l[1]);
-    EXPECT_EQ(-110, l[2]);  // 0 means the default
-    EXPECT_EQ(-105, l[3]);
-    EXPECT_EQ(-901234, l[4]);  // only 7 characters are read
+    // 0 and junk mean the default; only 7 characters are read
+    EXPECT_EQ((std::vector<int>{-125, -115, -110, -105, -901234}), std::vector<int>(l, l + 5));
     util_get_min_lte_rsrp_values_for_signal_level(&l[0], nullptr, &l[2], &l[3], &l[4]);
 }
 
@@ -262,18 +205,18 @@ TEST_F(ModemDevice, LogToolsAndDialPrograms) {
     EXPECT_EQ(0, util_get_all_dial_process_names(names, 4));
     EXPECT_EQ(0, util_is_log_tools_running());
     {
-        Program remserial("remserial", {"-x"});  // not serving a port
+        Process remserial({"/usr/bin/remserial", "-x"});  // not serving a port
         EXPECT_EQ(0, util_is_log_tools_running());
     }
     {
-        Program remserial("remserial", {"-s", "115200", "-p", "2000"});
+        Process remserial({"/usr/bin/remserial", "-s", "115200", "-p", "2000"});
         EXPECT_EQ(1, util_is_log_tools_running());
     }
     {
-        Program diag("diag_socket_log", {});
+        Process diag({"/usr/bin/diag_socket_log"});
         EXPECT_EQ(1, util_is_log_tools_running());
     }
-    Program proxy("ComProxy", {});
+    Process proxy({"/usr/bin/ComProxy"});
     EXPECT_EQ(1, util_is_log_tools_running());
 }
 
@@ -282,16 +225,13 @@ TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
     devtest::write_file("/tmp/modem_hold_cmd", "AT+HOLD\n");
     devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/modem_hold_cmd -o/tmp/modem_hold_out >/dev/null 2>&1 &");
     ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
-    Program checker("checkusbnet", {});
-    Program last("diallm923s", {"-i", "usb0"});
-    usleep(200000);
-    ASSERT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
-    ASSERT_NE(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
+    Process checker({"/usr/bin/checkusbnet"});
+    Process last({"/usr/bin/diallm923s", "-i", "usb0"});
+    auto running = [](const char *name) { return cmd_ps_is_one_program_running(const_cast<char *>(name)) != 0; };
+    ASSERT_TRUE(running("sendat") && running("diallm923s"));
     util_kill_some_processes_for_modem_upgarde();
-    usleep(300000);
-    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("sendat")));
-    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("checkusbnet")));
-    EXPECT_EQ(0, cmd_ps_is_one_program_running(const_cast<char *>("diallm923s")));
+    for (const char *name : {"sendat", "checkusbnet", "diallm923s"})
+        EXPECT_TRUE(devtest::wait_until([&] { return !running(name); })) << name;
 }
 
 TEST_F(ModemDevice, QuectelUsbRateNeedsNoSysfsFile) {

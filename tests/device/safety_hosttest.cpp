@@ -1,9 +1,9 @@
 // Runs on the HOST: starts devices and checks that what happens inside them
-// (a reboot, killall, rm -rf, writes under /etc and /tmp) leaves the build
-// machine untouched, and that the runner itself behaves wherever the
-// checkout lives (exit status, failures, results reaching the build tree,
-// parallel devices).  ctest passes CMDLIB_RUNNER, CMDLIB_SRC and
-// CMDLIB_BUILD (host paths).
+// (a reboot, killall, rm -rf, writes under /etc and /tmp, network changes)
+// leaves the build machine untouched, and that the runner behaves wherever
+// the checkout lives (exit status, one-line failures, results reaching the
+// build tree, parallel devices).  ctest passes CMDLIB_RUNNER, CMDLIB_SRC
+// and CMDLIB_BUILD (host paths).
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -11,14 +11,11 @@
 #include <unistd.h>
 
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "device.h"
-
-using ::testing::HasSubstr;
 
 namespace {
 
@@ -37,8 +34,7 @@ std::string runner() {
 
 // The command line of one device running `script` through sh.
 std::string device_cmd(const std::string &script, const std::string &options = "") {
-    return quote(runner()) + " --build " + quote(devtest::build_dir()) + " " + options + " -- sh -c " +
-           quote(script);
+    return quote(runner()) + " --build " + quote(devtest::build_dir()) + " " + options + " -- sh -c " + quote(script);
 }
 
 int device(const std::string &script) { return devtest::sh(device_cmd(script)); }
@@ -48,7 +44,7 @@ bool exists(const std::string &path) {
     return lstat(path.c_str(), &sb) == 0;
 }
 
-// Standard output and error of a command line, and its exit status.
+// Standard output and error of a command line, then its exit status.
 struct Outcome {
     std::string out;
     int rc;
@@ -61,167 +57,116 @@ Outcome run(const std::string &cmd) {
 }
 
 // A fresh directory (mode 0700, as mkdtemp makes it), removed at the end.
-class TempDir {
-  public:
-    explicit TempDir(const std::string &prefix) : path_(prefix + "XXXXXX") {
-        if (!mkdtemp(path_.data())) path_.clear();
+struct TempDir {
+    explicit TempDir(const std::string &prefix) : path(prefix + "XXXXXX") {
+        if (!mkdtemp(path.data())) path.clear();
     }
     ~TempDir() {
-        if (!path_.empty()) devtest::remove_all(path_);
+        if (!path.empty()) devtest::remove_all(path);
     }
-    TempDir(const TempDir &) = delete;
-    TempDir &operator=(const TempDir &) = delete;
-    const std::string &path() const { return path_; }
-
-  private:
-    std::string path_;
+    std::string path;
 };
 
-class Safety : public ::testing::Test {
-  protected:
-    void SetUp() override { ASSERT_FALSE(devtest::in_device()) << "the safety checks look at the host"; }
-};
-
-TEST_F(Safety, RebootInsideIsSimulated) {
-    // The device's /sbin/reboot logs its call and returns; had it been the
-    // real one, this test would not be here to check the result.
+TEST(Safety, RebootKillallRemovalsAndNetworkStayInside) {
+    ASSERT_FALSE(devtest::in_device()) << "the safety checks look at the host";
+    // the device's reboot is the simulator, which logs its call and returns
     EXPECT_EQ(device("/sbin/reboot && reboot -f && grep -qx /sbin/reboot /var/lib/device/calls.log"), 0);
-}
 
-TEST_F(Safety, KillallInsideReachesOnlyDeviceProcesses) {
-    // A host process named sendat survives "killall sendat" in a device.
+    // a host process named sendat survives "killall sendat" in a device
     TempDir dir("/tmp/devsafety");
-    ASSERT_FALSE(dir.path().empty());
-    std::string fake = dir.path() + "/sendat";
-    ASSERT_EQ(devtest::sh("cp /bin/sleep " + fake), 0);
+    ASSERT_FALSE(dir.path.empty());
+    ASSERT_EQ(devtest::sh("cp /bin/sleep " + dir.path + "/sendat"), 0);
     pid_t pid = fork();
-    ASSERT_GE(pid, 0);
     if (pid == 0) {
-        execl(fake.c_str(), "sendat", "30", static_cast<char *>(nullptr));
+        execl((dir.path + "/sendat").c_str(), "sendat", "30", static_cast<char *>(nullptr));
         _exit(127);
     }
     std::string comm = "/proc/" + std::to_string(pid) + "/comm";
     ASSERT_TRUE(devtest::wait_until([&] { return devtest::read_file(comm) == "sendat\n"; }));
-    ASSERT_EQ(devtest::sh("killall -0 sendat"), 0) << "the host sentinel must be visible on the host";
-    // Inside, the real killall finds no sendat at all (exit 1).
-    EXPECT_EQ(device("killall sendat 2>/dev/null"), 1);
-    EXPECT_EQ(device("killall -9 sendat 1>/dev/null 2>&1; exit 0"), 0);
-    int status = 0;
-    EXPECT_EQ(waitpid(pid, &status, WNOHANG), 0) << "host sendat was killed";
+    EXPECT_EQ(device("killall sendat 2>/dev/null"), 1);  // inside, killall finds no sendat at all
+    EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), 0) << "host sendat was killed";
     kill(pid, SIGKILL);
-    waitpid(pid, &status, 0);
-}
+    waitpid(pid, nullptr, 0);
 
-TEST_F(Safety, RemovalsAndWritesInsideLeaveTheHostAlone) {
-    // A sentinel under /mnt/data/sms on the host: the device sees it (its
-    // root is an overlay over the host's), removes it, and the host keeps it.
+    // the root is an overlay over the host's: the device sees a host file,
+    // removes it, and the host keeps it; its own writes vanish
     bool made_mnt_data = !exists("/mnt/data");
     ASSERT_FALSE(exists("/etc/map")) << "precondition: the build host has no /etc/map";
     devtest::write_file("/mnt/data/sms/sms_read/sentinel", "keep");
-    EXPECT_EQ(device("test -f /mnt/data/sms/sms_read/sentinel && rm -rf /mnt/data/sms && ! test -e /mnt/data/sms"),
+    EXPECT_EQ(device("rm -rf /mnt/data/sms && ! test -e /mnt/data/sms && mkdir -p /etc/map && cp -rf /rom/etc/map /etc && "
+                     "echo 1 >/tmp/cmdlib/.probe && echo 1 >/usr/local/bin/.probe && rm -f /bin/true"),
               0);
     EXPECT_EQ(devtest::read_file("/mnt/data/sms/sms_read/sentinel"), "keep");
     devtest::remove_all(made_mnt_data ? "/mnt/data" : "/mnt/data/sms");
-
-    EXPECT_EQ(device("mkdir -p /etc/map && echo x >/etc/map/map.conf && rm -rf /etc/map && cp -rf /rom/etc/map /etc "
-                     "&& test -f /etc/map/map.conf"),
-              0);
-    EXPECT_FALSE(exists("/etc/map"));
-    EXPECT_FALSE(exists("/rom"));
-
-    EXPECT_EQ(device("echo 1 >/tmp/cmdlib/.probe && echo 1 >/usr/local/bin/.probe && rm -f /bin/true"), 0);
-    EXPECT_FALSE(exists("/tmp/cmdlib/.probe"));
-    EXPECT_FALSE(exists("/usr/local/bin/.probe"));
+    for (const char *gone : {"/etc/map", "/rom", "/tmp/cmdlib/.probe", "/usr/local/bin/.probe", "/usr/local/bin/mdlcfg", "/etc/qxscript"})
+        EXPECT_FALSE(exists(gone)) << gone;
     EXPECT_TRUE(exists("/bin/true"));
-    // The simulators' links exist only inside.
-    EXPECT_FALSE(exists("/usr/local/bin/mdlcfg"));
-    EXPECT_FALSE(exists("/etc/qxscript"));
-}
 
-TEST_F(Safety, NetworkChangesStayInside) {
     EXPECT_EQ(device("ip link set usb0 down && ip route flush table main && iptables -P INPUT DROP"), 0);
     EXPECT_FALSE(exists("/sys/class/net/usb0"));
-    EXPECT_THAT(devtest::sh_out("iptables -S INPUT"), HasSubstr("-P INPUT ACCEPT"));
+    EXPECT_THAT(devtest::sh_out("iptables -S INPUT"), ::testing::HasSubstr("-P INPUT ACCEPT"));
 }
 
-// ---- the runner -----------------------------------------------------------
+// ---- the runner -------------------------------------------------------------------
 
-TEST(Runner, ExitStatusIsTheCommands) {
-    EXPECT_EQ(device("exit 0"), 0);
+TEST(Runner, ExitStatusStateScriptAndPathsIntoTheBuildTree) {
     EXPECT_EQ(device("exit 42"), 42);
     EXPECT_EQ(device("kill -TERM $$"), 128 + SIGTERM);
-}
+    EXPECT_EQ(devtest::sh_out("echo hello | " + quote(runner()) + " --build " + quote(devtest::build_dir()) + " cat"), "hello\n");
 
-TEST(Runner, StdinReachesTheCommand) {
-    EXPECT_EQ(devtest::sh_out("echo hello | " + quote(runner()) + " --build " + quote(devtest::build_dir()) + " cat"),
-              "hello\n");
-}
+    // the state script runs first, unlogged
+    TempDir dir("/tmp/devstate");
+    ASSERT_FALSE(dir.path.empty());
+    devtest::write_file(dir.path + "/state.sh", "mdlcfg -a QX_STATE=ready\n");
+    std::string cmd = device_cmd("test ! -s /var/lib/device/calls.log && test \"$(mdlcfg -g QX_STATE)\" = ready",
+                                 "--state " + quote(dir.path + "/state.sh"));
+    EXPECT_EQ(devtest::sh(cmd), 0);
+    devtest::write_file(dir.path + "/state.sh", "exit 3\n");
+    Outcome failed = run(cmd);
+    EXPECT_EQ(failed.rc, 125);
+    EXPECT_EQ(failed.out, "run-in-device: state script failed\n");
 
-TEST(Runner, HostPathsInTheBuildTreeAreRewrittenAndResultsReachIt) {
-    // The forms a test's output path comes in: a plain argument, an
-    // option's value after "=" and "=xml:", and GTEST_OUTPUT.
+    // host paths of the build tree in the forms a test's output path comes
+    // in (a plain argument, after "=" and "=xml:", GTEST_OUTPUT) are rewritten
     const std::string host = devtest::build_dir() + "/tests/device/.results";
     devtest::remove_all(host);
     ASSERT_EQ(devtest::sh("mkdir -p " + quote(host)), 0);
     std::string script = "echo a >\"$1\" && echo b >\"${2#--out=xml:}\" && echo c >\"${GTEST_OUTPUT#xml:}\" && "
                          "echo \"$1 $2 $GTEST_OUTPUT\" >\"$CMDLIB_BUILD/tests/device/.results/seen\"";
-    std::string cmd = "GTEST_OUTPUT=xml:" + quote(host + "/c") + " " + device_cmd(script) + " sh " +
-                      quote(host + "/a") + " " + quote("--out=xml:" + host + "/b");
-    EXPECT_EQ(devtest::sh(cmd), 0);
-    EXPECT_EQ(devtest::read_file(host + "/a"), "a\n");
-    EXPECT_EQ(devtest::read_file(host + "/b"), "b\n");
-    EXPECT_EQ(devtest::read_file(host + "/c"), "c\n");
+    EXPECT_EQ(devtest::sh("GTEST_OUTPUT=xml:" + quote(host + "/c") + " " + device_cmd(script) + " sh " + quote(host + "/a") +
+                          " " + quote("--out=xml:" + host + "/b")),
+              0);
+    EXPECT_EQ(devtest::read_file(host + "/a") + devtest::read_file(host + "/b") + devtest::read_file(host + "/c"), "a\nb\nc\n");
     EXPECT_EQ(devtest::read_file(host + "/seen"),
-              "/build/tests/device/.results/a --out=xml:/build/tests/device/.results/b "
-              "xml:/build/tests/device/.results/c\n");
+              "/build/tests/device/.results/a --out=xml:/build/tests/device/.results/b xml:/build/tests/device/.results/c\n");
     devtest::remove_all(host);
-}
-
-TEST(Runner, StateScriptRunsFirstAndItsCallsAreNotLogged) {
-    TempDir dir("/tmp/devstate");
-    ASSERT_FALSE(dir.path().empty());
-    std::string path = dir.path() + "/state.sh";
-    devtest::write_file(path, "mdlcfg -a QX_STATE=ready\n");
-    std::string cmd = device_cmd("test ! -s /var/lib/device/calls.log && test \"$(mdlcfg -g QX_STATE)\" = ready",
-                                 "--state " + quote(path));
-    EXPECT_EQ(devtest::sh(cmd), 0);
-    devtest::write_file(path, "exit 3\n");
-    Outcome failed = run(cmd);
-    EXPECT_EQ(failed.rc, 125);
-    EXPECT_EQ(failed.out, "run-in-device: state script failed\n");
 }
 
 TEST(Runner, FailuresAreOneLineSayingWhatFailed) {
     TempDir scratch("/tmp/devfail");
-    const std::string &d = scratch.path();
+    const std::string &d = scratch.path;
     ASSERT_FALSE(d.empty());
     ASSERT_EQ(chmod(d.c_str(), 0755), 0);
-    // A kernel without the namespaces, played by an unshare on PATH.
-    devtest::write_file(d + "/bin/unshare",
-                        "#!/bin/sh\necho 'unshare: unshare failed: Operation not permitted' >&2\nexit 1\n", 0755);
-    // An ip that fails the way a kernel without veth or bridges would.  The
-    // set-up runs it after the switch to the device's root, where the build
-    // tree is /build: PATH names it there.
+    // a kernel without the namespaces, played by an unshare on PATH
+    devtest::write_file(d + "/bin/unshare", "#!/bin/sh\necho 'unshare: unshare failed: Operation not permitted' >&2\nexit 1\n", 0755);
+    // an ip that fails as on a kernel without veth or bridges; the set-up
+    // runs it after the switch to the device's root, where the build tree is /build
     const std::string ip_dir = "tests/device/.failing-ip";
-    devtest::write_file(devtest::build_dir() + "/" + ip_dir + "/ip",
-                        "#!/bin/sh\necho 'Error: Unknown device type.' >&2\nexit 2\n", 0755);
-    // A build tree below a 0700 directory, and a copy of the runner that
-    // anyone may read: an unprivileged caller gets as far as the build tree.
-    ASSERT_EQ(devtest::sh("mkdir -p " + quote(d + "/secret/build") + " " + quote(d + "/tools/device") +
-                          " && chmod 0700 " + quote(d + "/secret") + " && cp " + quote(runner()) + " " +
-                          quote(d + "/tools/device/run-in-device") + " && mkdir " + quote(d + "/empty")),
+    devtest::write_file(devtest::build_dir() + "/" + ip_dir + "/ip", "#!/bin/sh\necho 'Error: Unknown device type.' >&2\nexit 2\n", 0755);
+    // a build tree below a 0700 directory and a runner anyone may read
+    ASSERT_EQ(devtest::sh("mkdir -p " + quote(d + "/secret/build") + " " + quote(d + "/tools/device") + " && chmod 0700 " +
+                          quote(d + "/secret") + " && cp " + quote(runner()) + " " + quote(d + "/tools/device/run-in-device") +
+                          " && mkdir " + quote(d + "/empty")),
               0);
     const std::string r = quote(runner()), b = " --build " + quote(devtest::build_dir());
-    struct Case {
+    const struct {
         const char *what;
         std::string cmd, line;
     } cases[] = {
-        {"no command", r, "run-in-device: usage: run-in-device [--build DIR] [--rw DIR]... [--state SCRIPT] [--] "
-                          "COMMAND [ARGS...]"},
+        {"no command", r, "run-in-device: usage: run-in-device [--build DIR] [--rw DIR]... [--state SCRIPT] [--] COMMAND [ARGS...]"},
         {"unknown option", r + b + " --bogus true", "run-in-device: unknown option --bogus"},
         {"option without its argument", r + " --build", "run-in-device: --build needs an argument"},
-        {"missing build tree", r + " --build /nonexistent true",
-         "run-in-device: cannot use build tree /nonexistent: No such file or directory"},
+        {"missing build tree", r + " --build /nonexistent true", "run-in-device: cannot use build tree /nonexistent: No such file or directory"},
         {"build tree without simulators", r + " --build " + quote(d + "/empty") + " true",
          "run-in-device: simulators not built: " + d + "/empty/tools/device/device_sim"},
         {"missing --rw directory", r + b + " --rw /nonexistent true",
@@ -231,11 +176,11 @@ TEST(Runner, FailuresAreOneLineSayingWhatFailed) {
         {"network set-up refused", "PATH=/build/" + ip_dir + ":\"$PATH\" " + r + b + " true",
          "run-in-device: network set-up failed (/var/lib/device/ns/inside.batch): Error: Unknown device type."},
         {"build tree the caller may not enter",
-         "setpriv --reuid=65534 --regid=65534 --clear-groups " + quote(d + "/tools/device/run-in-device") +
-             " --build " + quote(d + "/secret/build") + " true",
+         "setpriv --reuid=65534 --regid=65534 --clear-groups " + quote(d + "/tools/device/run-in-device") + " --build " +
+             quote(d + "/secret/build") + " true",
          "run-in-device: cannot use build tree " + d + "/secret/build: Permission denied"},
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         Outcome o = run(c.cmd);
         EXPECT_EQ(o.rc, 125) << c.what;
         EXPECT_EQ(o.out, c.line + "\n") << c.what;
@@ -244,40 +189,24 @@ TEST(Runner, FailuresAreOneLineSayingWhatFailed) {
 }
 
 TEST(Runner, ParallelDevicesDoNotClash) {
-    // Same interface names, same paths, at the same time: each device
-    // marks a shared --rw folder and waits for the other's mark, so both
-    // are up together; each still reads its own /tmp/cmdlib.
+    // Same interface names and paths at the same time: each device marks a
+    // shared --rw folder and waits for the other's mark, so both are up
+    // together; each still reads its own /tmp/cmdlib.
     TempDir shared("/tmp/devpar");
-    ASSERT_FALSE(shared.path().empty());
+    ASSERT_FALSE(shared.path.empty());
     auto one = [&](const std::string &me, const std::string &other) {
-        return device_cmd("ip link add dum0 type veth peer name dum1 && echo " + me + " >/tmp/cmdlib/who && touch \"$CMDLIB_RW/" +
-                              me + "\" && i=0 && while [ ! -e \"$CMDLIB_RW/" + other +
-                              "\" ] && [ $i -lt 300 ]; do sleep 0.1; i=$((i+1)); done; test -e \"$CMDLIB_RW/" +
-                              other + "\" && test \"$(cat /tmp/cmdlib/who)\" = " + me,
-                          "--rw " + quote(shared.path()));
+        return device_cmd("ip link add dum0 type veth peer name dum1 && echo " + me + " >/tmp/cmdlib/who && touch \"$CMDLIB_RW/" + me +
+                              "\" && i=0 && while [ ! -e \"$CMDLIB_RW/" + other + "\" ] && [ $i -lt 300 ]; do sleep 0.1; i=$((i+1)); done; "
+                              "test -e \"$CMDLIB_RW/" + other + "\" && test \"$(cat /tmp/cmdlib/who)\" = " + me,
+                          "--rw " + quote(shared.path));
     };
-    EXPECT_EQ(devtest::sh("(" + one("a", "b") + ") & pa=$!; (" + one("b", "a") + ") & pb=$!; wait $pa && wait $pb"),
-              0);
-    EXPECT_TRUE(exists(shared.path() + "/a"));
-    EXPECT_TRUE(exists(shared.path() + "/b"));
+    EXPECT_EQ(devtest::sh("(" + one("a", "b") + ") & pa=$!; (" + one("b", "a") + ") & pb=$!; wait $pa && wait $pb"), 0);
 }
 
-// ---- any checkout path ------------------------------------------------------
+// ---- any checkout path ----------------------------------------------------------------
 
-// A checkout and build tree made of the runner, the simulator binary and a
-// probe, copied to awkward places; the device must find them at /src and
-// /build whatever the host path.
-struct Layout {
-    const char *what;
-    const char *parent;    // where the 0700 top directory is made
-    const char *checkout;  // below the top directory
-    const char *build;     // below the top directory
-};
-
-class AnyPath : public ::testing::TestWithParam<Layout> {};
-
-// Reports what the device shows: its own path, the trees, the working
-// directory and the checkout's marker; writes its argument back to the build
+// Reports what the device shows (its own path, the trees, the working
+// directory, the checkout's marker), writes its argument back to the build
 // tree, and through the checkout when the build tree sits inside it.
 constexpr const char *kProbe = R"SH(#!/bin/sh
 printf '%s|%s|%s|%s|%s|' "$0" "$CMDLIB_SRC" "$CMDLIB_BUILD" "$(pwd)" "$(cat "$CMDLIB_SRC/marker")"
@@ -287,33 +216,32 @@ if [ -n "$2" ]; then echo nested >"$CMDLIB_SRC/$2/nested"; fi
 echo end
 )SH";
 
-TEST_P(AnyPath, DeviceFindsTheTreesAtFixedPaths) {
-    const Layout &l = GetParam();
-    TempDir top(std::string(l.parent) + "/devpath ");
-    ASSERT_FALSE(top.path().empty());
-    const std::string src = top.path() + "/" + l.checkout, build = top.path() + "/" + l.build;
-    ASSERT_EQ(devtest::sh("mkdir -p " + quote(src + "/tools/device") + " " + quote(build + "/tools/device") +
-                          " && cp " + quote(runner()) + " " + quote(src + "/tools/device/") + " && cp " +
-                          quote(devtest::build_dir() + "/tools/device/device_sim") + " " +
-                          quote(build + "/tools/device/")),
-              0);
-    devtest::write_file(src + "/marker", "checkout");
-    devtest::write_file(build + "/probe", kProbe, 0755);
-    std::string nested = build.rfind(src + "/", 0) == 0 ? build.substr(src.size() + 1) : "";
-
-    Outcome o = run("cd " + quote(build) + " && " + quote(src + "/tools/device/run-in-device") + " --build " +
-                    quote(build) + " -- " + quote(build + "/probe") + " hello " + quote(nested));
-    EXPECT_EQ(o.rc, 0) << o.out;
-    EXPECT_EQ(o.out, "/build/probe|/src|/build|/build|checkout|end\n");
-    EXPECT_EQ(devtest::read_file(build + "/from-device"), "hello\n");
-    EXPECT_EQ(devtest::read_file(build + "/nested"), nested.empty() ? "" : "nested\n");
-    EXPECT_FALSE(exists(src + "/.written"));
+TEST(Runner, DeviceFindsTheTreesAtFixedPathsWhereverTheCheckoutLives) {
+    // a blank in the path under /tmp with the build tree inside; a 0700
+    // directory outside /tmp with the build tree beside
+    const struct {
+        const char *parent, *checkout, *build;
+    } layouts[] = {{"/tmp", "a b/x", "a b/x/build"}, {"/var/tmp", "x", "x-build"}};
+    for (const auto &l : layouts) {
+        SCOPED_TRACE(l.build);
+        TempDir top(std::string(l.parent) + "/devpath ");
+        ASSERT_FALSE(top.path.empty());
+        const std::string src = top.path + "/" + l.checkout, build = top.path + "/" + l.build;
+        ASSERT_EQ(devtest::sh("mkdir -p " + quote(src + "/tools/device") + " " + quote(build + "/tools/device") + " && cp " +
+                              quote(runner()) + " " + quote(src + "/tools/device/") + " && cp " +
+                              quote(devtest::build_dir() + "/tools/device/device_sim") + " " + quote(build + "/tools/device/")),
+                  0);
+        devtest::write_file(src + "/marker", "checkout");
+        devtest::write_file(build + "/probe", kProbe, 0755);
+        std::string nested = build.rfind(src + "/", 0) == 0 ? build.substr(src.size() + 1) : "";
+        Outcome o = run("cd " + quote(build) + " && " + quote(src + "/tools/device/run-in-device") + " --build " + quote(build) +
+                        " -- " + quote(build + "/probe") + " hello " + quote(nested));
+        EXPECT_EQ(o.rc, 0) << o.out;
+        EXPECT_EQ(o.out, "/build/probe|/src|/build|/build|checkout|end\n");
+        EXPECT_EQ(devtest::read_file(build + "/from-device"), "hello\n");
+        EXPECT_EQ(devtest::read_file(build + "/nested"), nested.empty() ? "" : "nested\n");
+        EXPECT_FALSE(exists(src + "/.written"));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Runner, AnyPath,
-    ::testing::Values(Layout{"blank in the path under /tmp, build tree inside", "/tmp", "a b/x", "a b/x/build"},
-                      Layout{"0700 directory outside /tmp, build tree beside", "/var/tmp", "x", "x-build"}),
-    [](const ::testing::TestParamInfo<Layout> &info) { return info.index == 0 ? "UnderTmpWithBlank" : "Under0700Dir"; });
 
 }  // namespace

@@ -1,89 +1,50 @@
-// The configuration store through its C API on files of a scratch
-// directory: readers, lookups, the key-list builder, the single-key read
-// and the packed-file check.
+// The configuration store through its C API on scratch files: what the
+// readers refuse, lookups, the key-list builder, the single-key read and
+// the packed-file check with its result codes and messages.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "base/libbase.h"
 #include "cmdlib/cmdlib_config.h"
 #include "cmdlib/internal/checksum.h"
-#include "cmdlib/internal/config_cache.h"
-#include "cmdlib/internal/config_parse.h"
+#include "common/scratch.h"
 
 namespace {
 
-class ConfigStore : public ::testing::Test {
+class ConfigStore : public ScratchDir {
   protected:
-    void SetUp() override {
-        char tmpl[] = "/tmp/config_store_XXXXXX";
-        ASSERT_NE(mkdtemp(tmpl), nullptr);
-        dir_ = tmpl;
-    }
-    void TearDown() override { cmd_rmdir_advance(dir_.c_str()); }
-
-    std::string write(const std::string &name, const std::string &content) {
-        std::string p = dir_ + "/" + name;
-        std::ofstream(p, std::ios::binary) << content;
-        return p;
-    }
     std::string write_bytes(const std::string &name, const std::vector<unsigned char> &bytes) {
-        std::string p = dir_ + "/" + name;
-        std::ofstream out(p, std::ios::binary);
-        out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return p;
+        return write(name, std::string(bytes.begin(), bytes.end()));
     }
-    static std::string slurp(const std::string &p) {
-        std::ifstream in(p, std::ios::binary);
-        std::stringstream ss;
-        ss << in.rdbuf();
-        return ss.str();
-    }
-    std::string dir_;
 };
 
-// ---- readers and lookups ---------------------------------------------------
-
-TEST_F(ConfigStore, ReadSpecifiedFieldsRefusesUnusableInput) {
+TEST_F(ConfigStore, ReadersRefuseUnusableInput) {
     ConfigKeyValuePair pairs[4];
     const char *keys[] = {"A"};
     std::string f = write("conf", "export A=1\n");
-    // no name, a missing file, a directory where the file should be
-    const std::string missing = dir_ + "/missing";
-    for (const char *path : {static_cast<const char *>(nullptr), "", missing.c_str(), dir_.c_str()})
-        EXPECT_EQ(util_config_read_specified_fields(path, keys, 1, pairs, 4), -1) << (path ? path : "(null)");
+    const std::string missing = path("missing");
+    for (const char *p : {static_cast<const char *>(nullptr), "", missing.c_str(), dir_.c_str()}) {
+        EXPECT_EQ(util_config_read_specified_fields(p, keys, 1, pairs, 4), -1) << (p ? p : "(null)");
+        EXPECT_EQ(util_config_read_config_file_to_one_struct(p, nullptr, 0, pairs), -1) << (p ? p : "(null)");
+    }
     EXPECT_EQ(util_config_read_specified_fields(f.c_str(), keys, 1, nullptr, 4), -1);
     for (int room : {0, -3}) EXPECT_EQ(util_config_read_specified_fields(f.c_str(), keys, 1, pairs, room), -1);
-    if (geteuid() != 0) {
-        chmod(f.c_str(), 0);
-        EXPECT_EQ(util_config_read_specified_fields(f.c_str(), keys, 1, pairs, 4), -1);
-    }
     // an empty file is usable and has nothing in it
-    std::string empty = write("empty", "");
-    EXPECT_EQ(util_config_read_specified_fields(empty.c_str(), keys, 1, pairs, 4), 0);
+    EXPECT_EQ(util_config_read_specified_fields(write("empty", "").c_str(), keys, 1, pairs, 4), 0);
 }
 
-TEST_F(ConfigStore, ReadAndLookUpWithCrLfAndDuplicates) {
-    std::string f = write("conf",
-                          "export QX_ONE=\"1\"\r\n"
-                          "export QX_TWO=two\r\n"
-                          "export QX_ONE=again\r\n"
-                          "export QX_EMPTY=\r\n");
+TEST_F(ConfigStore, ReadAndLookUp) {
+    std::string f = write("conf", "export QX_ONE=\"1\"\r\nexport QX_TWO=two\r\nexport QX_ONE=again\r\nexport QX_EMPTY=\r\n");
     ConfigKeyValuePair pairs[8];
     const char *keys[] = {"QX_ONE", "QX_TWO", "QX_EMPTY", "QX_ABSENT"};
     int n = util_config_read_specified_fields(f.c_str(), keys, 4, pairs, 8);
     ASSERT_EQ(n, 3);
     EXPECT_STREQ(util_config_get_field_value(pairs, n, "QX_ONE"), "1");  // first wins
     EXPECT_STREQ(util_config_get_field_value(pairs, n, "QX_TWO"), "two");
-    EXPECT_STREQ(util_config_get_field_value(pairs, n, "QX_EMPTY"), "");
     EXPECT_STREQ(util_config_get_field_value(pairs, n, "QX_ABSENT"), "");
     // the count limits the lookup; bad arguments give "" and not null
     EXPECT_STREQ(util_config_get_field_value(pairs, 1, "QX_TWO"), "");
@@ -91,73 +52,62 @@ TEST_F(ConfigStore, ReadAndLookUpWithCrLfAndDuplicates) {
     EXPECT_STREQ(util_config_get_field_value(nullptr, 3, "QX_ONE"), "");
     EXPECT_STREQ(util_config_get_field_value(pairs, n, nullptr), "");
     // a name longer than a stored key never matches its truncated form
-    ConfigKeyValuePair cut[1];
     std::string k70(70, 'K');
-    std::string g = write("long", "export " + k70 + "=v\n");
-    ASSERT_EQ(util_config_read_specified_fields(g.c_str(), nullptr, 0, cut, 1), 1);
-    EXPECT_STREQ(util_config_get_field_value(cut, 1, std::string(63, 'K').c_str()), "v");
-    EXPECT_STREQ(util_config_get_field_value(cut, 1, k70.c_str()), "");
+    ASSERT_EQ(util_config_read_specified_fields(write("long", "export " + k70 + "=v\n").c_str(), nullptr, 0, pairs, 1), 1);
+    EXPECT_STREQ(util_config_get_field_value(pairs, 1, std::string(63, 'K').c_str()), "v");
+    EXPECT_STREQ(util_config_get_field_value(pairs, 1, k70.c_str()), "");
 }
 
 TEST_F(ConfigStore, AddFieldsCopiesUntilNullOrRoom) {
-    // the module lists exercise the ordinary cases; here the edges
     static const char *const list[] = {"K1", "K2", "K3", nullptr};
     const char *two[3] = {nullptr, nullptr, "keep"};
     EXPECT_EQ(util_config_add_fields_need_to_read(two, 2, list), 2);
     EXPECT_STREQ(two[1], "K2");
     EXPECT_STREQ(two[2], "keep");
+    const char *all[5] = {};
+    EXPECT_EQ(util_config_add_fields_need_to_read(all, 5, list), 3);
     EXPECT_EQ(util_config_add_fields_need_to_read(two, -1, list), 0);
     EXPECT_EQ(util_config_add_fields_need_to_read(nullptr, 8, list), 0);
     EXPECT_EQ(util_config_add_fields_need_to_read(two, 3, nullptr), 0);
 }
 
-struct Dest {
-    char name[8];
-    char other[32];
-};
-
 TEST_F(ConfigStore, StructReaderThroughAFile) {
-    const FieldConfigInfo fields[] = {{"QX_NAME", offsetof(Dest, name), 8, 1},
-                                      {"QX_OTHER", offsetof(Dest, other), 32, 1}};
-    Dest d;
-    memset(&d, 0, sizeof d);
-    strcpy(d.other, "kept");
-    std::string f = write("conf", "export QX_NAME=\"longer than 7\"\n");
-    EXPECT_EQ(util_config_read_config_file_to_one_struct(f.c_str(), fields, 2, &d), 0);
+    struct Dest {
+        char name[8];
+        char other[32];
+    } d = {"", "kept"};
+    const FieldConfigInfo fields[] = {{"QX_NAME", offsetof(Dest, name), 8, 1}, {"QX_OTHER", offsetof(Dest, other), 32, 1}};
+    EXPECT_EQ(util_config_read_config_file_to_one_struct(write("conf", "export QX_NAME=\"longer than 7\"\n").c_str(),
+                                                          fields, 2, &d),
+              0);
     EXPECT_STREQ(d.name, "longer ");
     EXPECT_STREQ(d.other, "kept");
-    EXPECT_EQ(util_config_read_config_file_to_one_struct(nullptr, fields, 2, &d), -1);
-    EXPECT_EQ(util_config_read_config_file_to_one_struct("", fields, 2, &d), -1);
-    EXPECT_EQ(util_config_read_config_file_to_one_struct((dir_ + "/none").c_str(), fields, 2, &d), -1);
-    EXPECT_EQ(util_config_read_config_file_to_one_struct(dir_.c_str(), fields, 2, &d), -1);
 }
 
 TEST_F(ConfigStore, OnlyOneConfig) {
-    std::string f = write("conf", "export QX_A=first\nexport QX_A=second\nexport QX_B=\"" +
-                                      std::string(120, 'b') + "\"\n");
+    std::string f = write("conf", "export QX_A=first\nexport QX_A=second\nexport QX_B=\"" + std::string(120, 'b') + "\"\n");
     char value[CONFIG_VALUE_SIZE];
     memset(value, 'Z', sizeof value);
     util_get_only_one_config(f.c_str(), "QX_A", value);
     EXPECT_STREQ(value, "first");
     util_get_only_one_config(f.c_str(), "QX_B", value);
     EXPECT_EQ(std::string(value), std::string(95, 'b'));
-    util_get_only_one_config(f.c_str(), "QX_NONE", value);
-    EXPECT_STREQ(value, "");
+    for (const char *key : {"QX_NONE", static_cast<const char *>(nullptr)}) {
+        strcpy(value, "stale");
+        util_get_only_one_config(f.c_str(), key, value);
+        EXPECT_STREQ(value, "");
+    }
     strcpy(value, "stale");
-    util_get_only_one_config((dir_ + "/none").c_str(), "QX_A", value);
-    EXPECT_STREQ(value, "");
-    strcpy(value, "stale");
-    util_get_only_one_config(f.c_str(), nullptr, value);
+    util_get_only_one_config(path("none").c_str(), "QX_A", value);
     EXPECT_STREQ(value, "");
     util_get_only_one_config(f.c_str(), "QX_A", nullptr);  // must not crash
 }
 
-// ---- packed files --------------------------------------------------------------
+// ---- packed files ----------------------------------------------------------------
 
-// Builds a packed file the way the packing tool does: the layout (length
-// word, payload, pad byte when odd, check word making the carry-less sum
-// 0xFFFF) is what the transform must reveal, so it is assembled first and
-// the whole file is then transformed (the transform is its own inverse).
+// A packed file as the packing tool makes it: length word, payload, pad
+// byte when odd, check word making the carry-less sum 0xFFFF, the whole
+// then passed through the (self-inverse) transform.
 std::vector<unsigned char> pack(const std::string &payload) {
     const size_t area = payload.size() + payload.size() % 2;
     std::vector<unsigned char> f(4 + area + 2, 0);
@@ -172,72 +122,63 @@ std::vector<unsigned char> pack(const std::string &payload) {
 }
 
 TEST_F(ConfigStore, PackedFileValidWritesTheScript) {
+    const std::string out = path("script");
     for (const std::string &payload : {std::string("export QX_A=1\n"), std::string("odd"), std::string()}) {
         std::string in = write_bytes("packed", pack(payload));
-        std::string out = dir_ + "/script";
+        write("script", std::string(500, 'x'));  // a longer destination is truncated
         EXPECT_EQ(util_check_if_config_file_is_valid(in.c_str(), out.c_str(), 0), 0) << payload;
-        EXPECT_EQ(slurp(out), payload);
+        EXPECT_EQ(read(out), payload);
         // no destination: checked only
         EXPECT_EQ(util_check_if_config_file_is_valid(in.c_str(), nullptr, 0), 0);
         EXPECT_EQ(util_check_if_config_file_is_valid(in.c_str(), "", 0), 0);
     }
-    // an existing longer destination is truncated
-    std::string in = write_bytes("packed", pack("short"));
-    std::string out = write("script2", std::string(500, 'x'));
-    EXPECT_EQ(util_check_if_config_file_is_valid(in.c_str(), out.c_str(), 0), 0);
-    EXPECT_EQ(slurp(out), "short");
-}
-
-TEST_F(ConfigStore, PackedFileFailureCodes) {
-    EXPECT_EQ(util_check_if_config_file_is_valid(nullptr, nullptr, 0), 1);
-    EXPECT_EQ(util_check_if_config_file_is_valid("", nullptr, 0), 1);
-    EXPECT_EQ(util_check_if_config_file_is_valid((dir_ + "/none").c_str(), nullptr, 0), 2);
-
-    // an empty file sums to 0: a wrong check sum
-    EXPECT_EQ(util_check_if_config_file_is_valid(write("zero", "").c_str(), nullptr, 0), 5);
-
-    // destination that can't be created
-    std::string ok = write_bytes("ok", pack("x"));
-    EXPECT_EQ(util_check_if_config_file_is_valid(ok.c_str(), (dir_ + "/no/such/dir").c_str(), 0), 7);
-    EXPECT_EQ(util_check_if_config_file_is_valid(ok.c_str(), dir_.c_str(), 0), 7);
-    // a directory as the source can't be read as a file
-    EXPECT_EQ(util_check_if_config_file_is_valid(dir_.c_str(), nullptr, 0), 4);
-}
-
-TEST_F(ConfigStore, PackedFileRefusedWritesNothingAndSizeLimit) {
-    std::vector<unsigned char> f = pack("abcdef");
-    f[5] ^= 0x01;
-    std::string out = dir_ + "/script";
-    EXPECT_EQ(util_check_if_config_file_is_valid(write_bytes("bad", f).c_str(), out.c_str(), 0), 5);
-    EXPECT_FALSE(cmd_file_exist(out.c_str()));
-
     std::vector<unsigned char> largest = pack(std::string(102392, 'p'));
     ASSERT_EQ(largest.size(), 102398u);
     EXPECT_EQ(util_check_if_config_file_is_valid(write_bytes("largest", largest).c_str(), nullptr, 0), 0);
-    // one byte less than the limit is still read whole and summed
-    EXPECT_EQ(util_check_if_config_file_is_valid(write("n102399", std::string(102399, 'x')).c_str(),
-                                                 nullptr, 0),
-              5);
+}
+
+TEST_F(ConfigStore, PackedFileFailureCodes) {
+    std::vector<unsigned char> bad = pack("abcdef");
+    bad[5] ^= 0x01;
+    const std::string ok = write_bytes("ok", pack("x")), none = path("none"), script = path("script");
+    struct Case {
+        std::string in, out;
+        int rc;
+    } cases[] = {
+        {"", "", 1},
+        {none, "", 2},
+        {dir_, "", 4},                             // a directory can't be read as a file
+        {write("zero", ""), "", 5},                // 0 bytes sum to 0: a wrong check sum
+        {write_bytes("bad", bad), script, 5},      // refused: nothing written
+        {write("n102399", std::string(102399, 'x')), "", 5},  // one less than the limit is still summed
+        {write("n102400", std::string(102400, 'x')), "", 6},
+        {ok, path("no/such/dir"), 7},
+        {ok, dir_, 7},
+    };
+    for (const Case &c : cases)
+        EXPECT_EQ(util_check_if_config_file_is_valid(c.in.c_str(), c.out.empty() ? nullptr : c.out.c_str(), 0), c.rc)
+            << c.in;
+    EXPECT_EQ(util_check_if_config_file_is_valid(nullptr, nullptr, 0), 1);
+    EXPECT_FALSE(cmd_file_exist(script.c_str()));
 }
 
 TEST_F(ConfigStore, PackedFileMessagesOnlyWhenAsked) {
-    std::string missing = dir_ + "/none";
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(util_check_if_config_file_is_valid(missing.c_str(), nullptr, 0), 2);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(util_check_if_config_file_is_valid(missing.c_str(), nullptr, 1), 2);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "\r\n The Config file does not exist! \r\n");
-    std::string big = write("big", std::string(102400, 'x'));
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(util_check_if_config_file_is_valid(big.c_str(), nullptr, 1), 6);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "\r\n file is too long:102400," + big + "! \r\n");
-    std::string bad = write("bad", "0123456789");
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(util_check_if_config_file_is_valid(bad.c_str(), nullptr, 1), 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "\r\n The checksum of the config file has error! \r\n");
+    const std::string missing = path("none"), big = write("big", std::string(102400, 'x'));
+    const struct {
+        std::string file;
+        int log, rc;
+        std::string message;
+    } cases[] = {
+        {missing, 0, 2, ""},
+        {missing, 1, 2, "\r\n The Config file does not exist! \r\n"},
+        {big, 1, 6, "\r\n file is too long:102400," + big + "! \r\n"},
+        {write("bad", "0123456789"), 1, 5, "\r\n The checksum of the config file has error! \r\n"},
+    };
+    for (const auto &c : cases) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(util_check_if_config_file_is_valid(c.file.c_str(), nullptr, c.log), c.rc);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.message);
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
-// Validators and direct execution: boundary values of each validator, and
-// programs started through execute_command_using_execvp observed through
-// their output file and exit status.
+// Validators and direct execution: the validators' boundary values are a
+// table of calls (tests/unit/golden/secure_calls); programs started through
+// execute_command_using_execvp are observed through their output file and
+// exit status.
 #include <limits.h>
 #include <string.h>
 #include <sys/wait.h>
@@ -15,79 +16,26 @@
 #include <gtest/gtest.h>
 
 #include "cmdlib/cmdlib_secure.h"
+#include "common/golden.h"
 
 namespace fs = std::filesystem;
+using golden::Args;
+using golden::show;
 
 namespace {
 
-bool password_ok(std::string s, int min = 8, int max = 32) { return is_valid_password(s.data(), min, max); }
-
-int match(std::string text, std::string pattern) { return qx_match_char(text.data(), pattern.data()); }
-
-TEST(SecureMatch, ExtendedRegexAnywhereInText) {
-    EXPECT_EQ(match("abc123", "[0-9]+$"), 0);
-    EXPECT_EQ(match("abc123", "^[0-9]"), -1);
-    EXPECT_EQ(match("a|b", "a|x"), 0);  // alternation: extended syntax
-    EXPECT_EQ(match("ab", "(a"), -1);   // does not compile
-    EXPECT_EQ(match("", ""), 0);
-    std::string t = "x";
-    EXPECT_EQ(qx_match_char(nullptr, t.data()), -1);
-    EXPECT_EQ(qx_match_char(t.data(), nullptr), -1);
-}
-
-TEST(SecurePassword, NeedsDigitLetterAndSpecialWithinLength) {
-    const std::pair<std::string, bool> cases[] = {
-        {"abc12345", false},  // no special character
-        {"abc123!x", true},   {"abc 123x", true}, {"abc_123x", true},  // blank, underscore: special
-        {"abcdef!x", false},  // no digit
-        {"1234567!", false},  // no letter
-        {"W\\12345a", true},  {"p\xc3\xa4ss1234", true},  // bytes above ASCII are special
-        // both ends of the length range are included
-        {"a1!" + std::string(29, 'b'), true}, {"a1!" + std::string(30, 'b'), false},
-        {"a1!bbbbb", true}, {"a1!bbbb", false}};
-    for (auto &c : cases) EXPECT_EQ(c.second, password_ok(c.first)) << c.first;
-    EXPECT_FALSE(password_ok("a1!", 8, 2));
-    EXPECT_FALSE(is_valid_password(nullptr, 0, 32));
-}
-
-TEST(SecureValidators, SwitchPortAndIpTexts) {
-    struct Case {
-        const char *what;
-        int (*check)(const char *);
-        std::vector<const char *> good, bad;
-    } cases[] = {
-        {"switch", [](const char *s) { return int(is_switch_string(s)); }, {"0", "1"},
-         {"", "2", "01", "1 ", " 1", "yes", "10"}},
-        {"port", [](const char *s) { return int(is_valid_port(s)); }, {"0", "80", "65535", "", "00080"},
-         {"65536", "-1", " 80", "80 ", "+80", "8a", "99999999999999999999"}},
-        {"ip", [](const char *s) { return is_valid_ip(s); },
-         {"192.168.1.1", "0.0.0.0", "fe80::1", "::", "2001:db8::ff00:42:8329", "::ffff:10.0.0.1"},
-         {"192.168.1", "", "256.1.1.1", "1.2.3.4 ", "fe80::1%eth0", "host", "1.2.3.4.5"}},
-    };
-    for (const Case &c : cases) {
-        for (const char *g : c.good) EXPECT_EQ(1, c.check(g)) << c.what << " '" << g << "'";
-        for (const char *b : c.bad) EXPECT_EQ(0, c.check(b)) << c.what << " '" << b << "'";
-        EXPECT_EQ(0, c.check(nullptr)) << c.what;
-    }
-}
-
-TEST(SecureNumber, RangeWithOneSpecialValue) {
-    int off = 0, high = 9999;
-    struct Case {
-        const char *text;
-        int min, max;
-        int *special;
-        bool ok;
-    } cases[] = {{"0", 60, 3600, &off, true},     {"0", 60, 3600, nullptr, false},
-                 {"59", 60, 3600, &off, false},   {"60", 60, 3600, &off, true},
-                 {"3600", 60, 3600, &off, true},  {"3601", 60, 3600, &off, false},
-                 {"abc", 60, 3600, &off, false},  {"-5", -10, 10, nullptr, false},  // signs are refused
-                 {"+5", 0, 10, nullptr, false},   {"", 0, 10, nullptr, true},  // empty reads as 0
-                 {"9999", 60, 3600, &high, true},  // special above the range
-                 {"99999999999999999999", 0, INT_MAX - 1, nullptr, false}};
-    for (const Case &c : cases)
-        EXPECT_EQ(c.ok, is_valid_number(c.text, c.min, c.max, c.special)) << c.text << " " << c.min;
-    EXPECT_FALSE(is_valid_number(nullptr, 0, 10, &off));
+TEST(SecureValidators, Golden) {
+    golden::check("secure_calls", golden::calls({
+        {"match", [](Args &a) { return show(qx_match_char(a[0].w(), a[1].w())); }},
+        {"password", [](Args &a) { return show(is_valid_password(a[0].w(), a[1].i(), a[2].i())); }},
+        {"switch", [](Args &a) { return show(is_switch_string(a[0].c())); }},
+        {"port", [](Args &a) { return show(is_valid_port(a[0].c())); }},
+        {"ip", [](Args &a) { return show(is_valid_ip(a[0].c())); }},
+        {"number", [](Args &a) {
+             int special = a[3].null() ? 0 : a[3].i();
+             return show(is_valid_number(a[0].c(), a[1].i(), a[2].i(), a[3].null() ? nullptr : &special));
+         }},
+    }));
 }
 
 // ---- Direct execution -------------------------------------------------------
