@@ -183,8 +183,11 @@ enum class WalkEnd {
 // never followed, so pointer loops cannot trap the walk; it ends after the
 // announced count, after `wanted` addresses, at a record that does not fit
 // in `received`, or at an A record longer than 5 bytes.
-inline WalkEnd walk_answers(const uint8_t *msg, size_t received, size_t question_len, int wanted,
-                            AnswerSink *sink) {
+// A template over the sink's own type, so each caller gets its own copy
+// calling its sink directly: the library (built without RTTI) and a test
+// or fuzz program never share one instantiation of it.
+template <class Sink>
+inline WalkEnd walk_answers(const uint8_t *msg, size_t received, size_t question_len, int wanted, Sink *sink) {
     uint16_t count = 0;
     if (!answer_count(msg, received, &count)) return WalkEnd::kTruncated;
     ByteReader r(msg, received);

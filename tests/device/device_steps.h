@@ -4,7 +4,6 @@
 #pragma once
 
 #include <list>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -34,7 +33,14 @@ inline golden::Table with_device(golden::Table table) {
     table["calls"] = [](Args &a) {
         std::string out;
         for (const std::string &c : a[0].empty() ? calls() : calls(a[0])) out += (out.empty() ? "" : " ; ") + c;
-        return out.empty() ? "(none)" : std::regex_replace(out, std::regex("/tmp/\\.cmdlib_tmp_[^ ]*"), "/tmp/.cmdlib_tmp_*");
+        // scratch names differ on every run: show them as one pattern
+        const std::string scratch = "/tmp/.cmdlib_tmp_";
+        for (size_t at = 0; (at = out.find(scratch, at)) != std::string::npos;) {
+            at += scratch.size();
+            const size_t end = out.find(' ', at);
+            out.replace(at, end == std::string::npos ? end : end - at, "*");
+        }
+        return out.empty() ? "(none)" : out;
     };
     table["at"] = [](Args &a) { return sendat_answer(a[0], a[1], a.size() > 2 ? a[2].i() : 0), "ok"; };
     static std::list<Process> processes;
