@@ -1,7 +1,7 @@
 // Configuration keys and macros shared with the shell scripts: the key
 // lookup, the record's export, the macro file and the exported-line text
 // helpers.  Rules are golden cases (tests/golden/shell_names); the real
-// shells read the results in tests/device/shell_names_test.cpp.
+// shells read the results in tests/device/shells_test.cpp.
 #include <gtest/gtest.h>
 
 #include <cstring>
