@@ -300,7 +300,7 @@ constexpr size_t macro_file_capacity() {
     n += std::string_view("export ALL_MACRO_EXPORT_DEFINITION_FILE=\"" ALL_MACRO_EXPORT_DEFINITION_FILE
                           "\"\n")
              .size();
-#define CMDLIB_SHELL_MACRO_ROOM(name, value) n += 7 + sizeof #name - 1 + 2 + sizeof value - 1 + 2;
+#define CMDLIB_SHELL_MACRO_ROOM(name, value) n += 7 + sizeof #name - 1 + 2 + sizeof(value) - 1 + 2;
     CMDLIB_SHELL_MACROS(CMDLIB_SHELL_MACRO_ROOM)
 #undef CMDLIB_SHELL_MACRO_ROOM
     for (const char *name : kInterfaceMacroNames)

@@ -170,9 +170,12 @@ TEST(ShellNames, CApi) {
     EXPECT_EQ(util_get_QX_ENABLE_PPP_FORWARD(&info), 7);
     EXPECT_EQ(util_get_LAN_LED_AS_LTE_STATUS(&info), 0);
     EXPECT_EQ(util_get_QX_L2TP_MODE(nullptr), 0);
-    InfoStruct before = info;
-    util_overwrite_config_info(&info, &info);
-    EXPECT_EQ(std::memcmp(&before, &info, sizeof info), 0);
+    InfoStruct other{};
+    auto bytes = [](const InfoStruct &r) { return std::string(reinterpret_cast<const char *>(&r), sizeof r); };
+    std::string before = bytes(info);
+    util_overwrite_config_info(&other, &info);
+    EXPECT_EQ(bytes(info), before);
+    EXPECT_EQ(bytes(other), bytes(InfoStruct{}));
 }
 
 // The descriptor table against the rows as the configuration lists them
