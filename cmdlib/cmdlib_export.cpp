@@ -5,6 +5,8 @@
 #include <string.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "base/internal/atomic_file.h"
@@ -45,6 +47,34 @@ constexpr bool parsed_fields_are_configuration_fields() {
 }
 static_assert(parsed_fields_are_configuration_fields());
 
+// The configuration fields sorted by name, built when compiling: a lookup
+// is a binary search instead of a walk over some 220 names, which matters
+// to a daemon that looks up many keys in its polling loop.
+struct KeyIndexEntry {
+    std::string_view name;
+    const InfoFieldDesc *field;
+};
+
+constexpr size_t configuration_field_count() {
+    size_t n = 0;
+    for (const InfoFieldDesc &f : kInfoFields) n += f.group <= 8;
+    return n;
+}
+
+constexpr std::array<KeyIndexEntry, configuration_field_count()> make_key_index() {
+    std::array<KeyIndexEntry, configuration_field_count()> index{};
+    size_t n = 0;
+    for (const InfoFieldDesc &f : kInfoFields) {
+        if (f.group > 8) continue;
+        KeyIndexEntry e{f.name, &f};
+        size_t j = n++;
+        for (; j > 0 && e.name < index[j - 1].name; --j) index[j] = index[j - 1];
+        index[j] = e;
+    }
+    return index;
+}
+constexpr auto kKeyIndex = make_key_index();
+
 }  // namespace
 
 // ==== Pure helpers ====================================================================
@@ -81,8 +111,10 @@ void TextOut::put_assignment(std::string_view name, std::string_view value) {
 
 const InfoFieldDesc *config_key_field(std::string_view key) {
     if (key == kPskKeyAlias) return &kInfoFields[info_field::PSK_KEY];
-    const InfoFieldDesc *f = find_info_field(key);
-    return f && f->group <= 8 ? f : nullptr;
+    const KeyIndexEntry *it = std::lower_bound(
+        kKeyIndex.begin(), kKeyIndex.end(), key,
+        [](const KeyIndexEntry &e, std::string_view k) { return e.name < k; });
+    return it != kKeyIndex.end() && it->name == key ? it->field : nullptr;
 }
 
 size_t render_config_export(const InfoStruct *info, char *out, size_t cap) {
