@@ -272,6 +272,24 @@ inline constexpr size_t kShellMacroCount = 0 CMDLIB_SHELL_MACROS(CMDLIB_SHELL_MA
 #undef CMDLIB_SHELL_MACRO_ONE
 static_assert(kShellMacroCount == ALL_MACROS_NEED_TO_EXPORT_COUNT);
 
+// Five names occur twice, each time with the same value.
+constexpr bool macro_repeats_are_five_and_equal() {
+    constexpr std::string_view rows[][2] = {
+#define CMDLIB_SHELL_MACRO_PAIR(name, value) {#name, value},
+        CMDLIB_SHELL_MACROS(CMDLIB_SHELL_MACRO_PAIR)
+#undef CMDLIB_SHELL_MACRO_PAIR
+    };
+    int repeats = 0;
+    for (size_t i = 0; i < kShellMacroCount; ++i)
+        for (size_t j = 0; j < i; ++j)
+            if (rows[i][0] == rows[j][0]) {
+                if (rows[i][1] != rows[j][1]) return false;
+                ++repeats;
+            }
+    return repeats == 5;
+}
+static_assert(macro_repeats_are_five_and_equal());
+
 // The interface assignments that follow the table, in this order.
 inline constexpr const char *kInterfaceMacroNames[] = {"REAL_WAN_IF", "REAL_BRIDGE_IF", "REAL_WIFI_IF",
                                                        "REAL_ETHERNET_IF", "REAL_GRE_IF"};

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <map>
+#include <sstream>
 #include <string>
 
 #include "cmdlib/cmdlib.h"
@@ -27,14 +28,9 @@ const char *const kRan = "/tmp/value-ran";
 // hold line feeds).
 std::map<std::string, std::string> shell_env(const std::string &shell, const std::string &script) {
     std::map<std::string, std::string> vars;
-    std::string out = sh_out(shell + " -c '" + script + " && exec env -0'");
-    for (size_t at = 0; at < out.size();) {
-        size_t end = out.find('\0', at);
-        std::string kv = out.substr(at, end - at);
-        size_t eq = kv.find('=');
-        if (eq != std::string::npos) vars[kv.substr(0, eq)] = kv.substr(eq + 1);
-        at = end == std::string::npos ? out.size() : end + 1;
-    }
+    std::istringstream out(sh_out(shell + " -c '" + script + " && exec env -0'"));
+    for (std::string kv; std::getline(out, kv, '\0');)
+        if (kv.find('=') != std::string::npos) vars[kv.substr(0, kv.find('='))] = kv.substr(kv.find('=') + 1);
     return vars;
 }
 
@@ -107,14 +103,12 @@ TEST_F(ShellNames, HostileWanNameStaysText) {
 
 // What util_export_config_info prints, caught from standard output.
 std::string export_of(InfoStruct *info) {
+    int saved = dup(1), fd = open("/tmp/export.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
     fflush(stdout);
-    int saved = dup(1);
-    int fd = open("/tmp/export.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
     dup2(fd, 1);
-    close(fd);
     util_export_config_info(info);
-    fflush(stdout);
     dup2(saved, 1);
+    close(fd);
     close(saved);
     return read_file("/tmp/export.txt");
 }
@@ -140,8 +134,6 @@ TEST_F(ShellNames, ExportEvaluatedByEveryShell) {
     memcpy(info.TXPOWER, "12345678", 8);
     std::string text = export_of(&info);
     ASSERT_EQ(text.substr(0, 8), "\nexport ");
-    write_file("/tmp/export.txt", text);
-
     for (const char *shell : kShells) {
         auto vars = shell_env(shell, "eval \"$(cat /tmp/export.txt)\"");
         size_t seen = 0;
