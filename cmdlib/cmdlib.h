@@ -8,6 +8,7 @@
 #ifndef CMDLIB_H
 #define CMDLIB_H
 
+#include "cmdlib_config.h"
 #include "cmdlib_export.h"
 #include "cmdlib_info_fields.h"
 
@@ -30,6 +31,75 @@ typedef struct InfoStruct {
 
 #undef CMDLIB_INFO_DECLARE_TEXT_FIELD
 #undef CMDLIB_INFO_DECLARE_INT_FIELD
+
+/* ==== Shell names: configuration keys and macros ======================== */
+
+/* A macro of the shell scripts: its name and its value text. */
+typedef struct NameValueStringPair {
+    const char *name;
+    const char *value;
+} NameValueStringPair;
+
+#define ALL_NEED_PARSED_FIELDS_COUNT 59
+#define ALL_MACROS_NEED_TO_EXPORT_COUNT 132
+/* Where the macro file goes when no destination is given; its own second
+ * line names this path whatever the destination. */
+#define ALL_MACRO_EXPORT_DEFINITION_FILE "/tmp/.all_macro_export_definition_file"
+
+/* The later configuration fields of InfoStruct as descriptors; field_flag
+ * is the field's bit in defined_fields. */
+CMDLIB_API extern const FieldConfigInfo all_need_parsed_fields[ALL_NEED_PARSED_FIELDS_COUNT];
+
+/* Every macro the shell scripts share with the library, in a fixed order.
+ * Five names occur twice, with the same value each time. */
+CMDLIB_API extern const NameValueStringPair all_macros_need_to_export[ALL_MACROS_NEED_TO_EXPORT_COUNT];
+
+/* The field of the record that holds the configuration key (exact name;
+ * "PWD" is a second name of PSK_KEY), or NULL for an unknown key or a null
+ * argument. */
+CMDLIB_API char *util_get_config_field_value(InfoStruct *nvram_config_info,
+                                             const char *config_field_name);
+
+/* Prints the defined configuration fields of the record to standard
+ * output, each as a line feed followed by export KEY="value" (so the text
+ * starts with an empty line and has no final line feed).  PSK_KEY is
+ * printed twice, as PWD and as PSK_KEY.  A value holding ", $, ` or \ has
+ * a backslash put before each of them, so that a shell evaluating the text
+ * gets the stored value back and runs nothing; other values print as
+ * stored. */
+CMDLIB_API void util_export_config_info(InfoStruct *nvram_config_info);
+
+/* Writes every macro as export NAME="value" into an executable shell file:
+ * dest_file, or ALL_MACRO_EXPORT_DEFINITION_FILE when it is NULL or "".
+ * After the table come REAL_WAN_IF, REAL_BRIDGE_IF, REAL_WIFI_IF,
+ * REAL_ETHERNET_IF and REAL_GRE_IF with the current interface names.  The
+ * file is replaced whole, so a script that sources it never reads half of
+ * it. */
+CMDLIB_API void util_export_all_macro_definitions_to_file(const char *dest_file);
+
+/* The value text of the first macro of that exact name, or NULL. */
+CMDLIB_API const char *util_macro_get_definitions_value(const char *macro_name);
+
+/* The value of a NAME=value line, cut in place: blanks, tabs and double
+ * quotes after the first "=" are skipped; the value ends at CR, LF or a
+ * double quote, and also at a blank or tab when no quote was skipped.
+ * A line without "=" (or NULL) gives a constant empty string. */
+CMDLIB_API char *util_get_field_value_seperated_by_equal(char *tmp_buffer);
+
+/* In place: drops the surrounding double quotes of a quoted text (a lone
+ * double quote becomes empty), then every backslash that stands before a
+ * double quote, runs of them included. */
+CMDLIB_API void util_strip_quote_string_from_cfg_e(char *processed_quoted_string);
+
+/* Does nothing on this product. */
+CMDLIB_API void util_overwrite_config_info(InfoStruct *sys_config_info,
+                                           InfoStruct *nvram_config_info);
+
+/* The field of that name as a number (atoi rules; 0 for a null record). */
+CMDLIB_API int util_get_QX_L2TP_MODE(InfoStruct *info);
+CMDLIB_API int util_get_QX_ENABLE_PPP_FORWARD(InfoStruct *info);
+/* Always 0 on this product. */
+CMDLIB_API int util_get_LAN_LED_AS_LTE_STATUS(InfoStruct *info);
 
 /* Shared composition buffers of the module-information sync (not
  * reentrant: one thread of a process at a time). */

@@ -61,6 +61,10 @@ has probe    && run probe dns6 fota.operator.example 2001:db8:64::53
 has lns      && run lns probe 10.64.0.1
 has url      && run url host https://admin@10.64.0.80:8443/fw/t750.bin
 has ntp      && run ntp
+has export   && run export
+has export   && run export --json
+has macros   && run macros --json /tmp/cmdlib/macros.sh
+has macros   && { echo; echo "\$ . /tmp/cmdlib/macros.sh"; sh -c ". /tmp/cmdlib/macros.sh && env | grep -E ^REAL_ | sort"; }
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

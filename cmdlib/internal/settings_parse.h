@@ -20,68 +20,74 @@ inline constexpr size_t kHandSettingCount = 162;
 inline constexpr size_t kTableSettingCount = 59;
 
 // The later settings, read through a descriptor table in this order (the
-// configuration's all_need_parsed_fields): width and bit come from the
-// field list.  They keep one character less than the one-by-one settings.
+// configuration's all_need_parsed_fields, which is generated from this
+// list as well): width and bit come from the field list.  They keep one
+// character less than the one-by-one settings.
+#define CMDLIB_TABLE_SETTINGS(X) \
+    X(QX_FORBID_ROAMING) \
+    X(QX_SAVE_LOCK_CELL_AFTER_TIMEOUT) \
+    X(QX_NETWORK_MODE_NOT_SUPPORT) \
+    X(QX_URGENT_HEARTBEAT_INTERVAL) \
+    X(QX_PPP_AUTH_TYPE) \
+    X(QX_4G_FDD_PREFERRED) \
+    X(QX_RANDOM_SEED) \
+    X(QX_ALWAYS_USE_INITIAL_LNS) \
+    X(QX_SUPPORT_ORDINARY_CARD) \
+    X(QX_OTHER_CARD_AS_ORDINARY_CARD) \
+    X(QX_REDIAL_NOT_EXIST_LNS) \
+    X(QX_CHECK_IF_LNS_ALIVE) \
+    X(QX_RANDOM_LNS_BY_INITIATOR) \
+    X(QX_CELL_CMP_IGNORE_LAC) \
+    X(QX_NTP_SERVER2) \
+    X(QX_NTP_SERVER3) \
+    X(QX_NTP_SERVER4) \
+    X(QX_ENABLE_LOCK_NETWORK) \
+    X(QX_LOCK_NETWORK_PLMN) \
+    X(QX_LOCK_NETWORK_PLMN2) \
+    X(QX_LOCK_NETWORK_PLMN3) \
+    X(QX_LOCK_NETWORK_PLMN4) \
+    X(QX_LOCK_NETWORK_PLMN5) \
+    X(QX_LOCK_NETWORK_PLMN6) \
+    X(QX_LOCK_NETWORK_PLMN7) \
+    X(QX_LOCK_NETWORK_PLMN8) \
+    X(QX_LOCK_NETWORK_PLMN9) \
+    X(QX_LOCK_NETWORK_PLMN10) \
+    X(QX_ADMIN_RANDOM_PASSWORD) \
+    X(QX_SPECIAL_SSID_PREFIX) \
+    X(QX_CS_PS_PREFERRED_MODE) \
+    X(QX_ENABLE_DMZ) \
+    X(QX_DMZ_DEST_IP) \
+    X(QX_SPECIAL_FUNC_CONFIG) \
+    X(QX_ENABLE_SET_REBOOT) \
+    X(QX_SET_REBOOT_HOURS) \
+    X(QX_ENABLE_SET_REDIAL) \
+    X(QX_SET_REDIAL_HOURS) \
+    X(QX_3G_APN_NAME) \
+    X(QX_3G_USERNAME) \
+    X(QX_3G_PASSWORD) \
+    X(QX_3G_AUTH_TYPE) \
+    X(QX_USE_SPECIAL_3G_APN) \
+    X(QX_WIFI_40M_ENABLE) \
+    X(QX_CONFIG_APN_NAME) \
+    X(QX_CONFIG_APN_NAME2) \
+    X(QX_CONFIG_APN_NAME3) \
+    X(QX_ROUTE_CONFIG_FOR_WAN2) \
+    X(QX_GRE_VPN_ENABLED) \
+    X(QX_GRE_VPN_SERVER) \
+    X(QX_GRE_VPN_LOCAL_IP) \
+    X(QX_GRE_VPN_REMOTE_IP) \
+    X(QX_GRE_AS_DEFAULT_ROUTE) \
+    X(QX_GRE_USE_LAN_INTERFACE) \
+    X(QX_GRE_VPN_SUBNET_MASK) \
+    X(QX_GRE_FOR_WAN_SUBNET) \
+    X(QX_SIP_OVER_GRE) \
+    X(QX_CTL_IDU_SIGNAL_LED_COLOR) \
+    X(QX_ENABLE_LOCK_IMSI_PREFIX)
+
 inline constexpr info_field::Id kTableSettingFields[] = {
-    info_field::QX_FORBID_ROAMING,
-    info_field::QX_SAVE_LOCK_CELL_AFTER_TIMEOUT,
-    info_field::QX_NETWORK_MODE_NOT_SUPPORT,
-    info_field::QX_URGENT_HEARTBEAT_INTERVAL,
-    info_field::QX_PPP_AUTH_TYPE,
-    info_field::QX_4G_FDD_PREFERRED,
-    info_field::QX_RANDOM_SEED,
-    info_field::QX_ALWAYS_USE_INITIAL_LNS,
-    info_field::QX_SUPPORT_ORDINARY_CARD,
-    info_field::QX_OTHER_CARD_AS_ORDINARY_CARD,
-    info_field::QX_REDIAL_NOT_EXIST_LNS,
-    info_field::QX_CHECK_IF_LNS_ALIVE,
-    info_field::QX_RANDOM_LNS_BY_INITIATOR,
-    info_field::QX_CELL_CMP_IGNORE_LAC,
-    info_field::QX_NTP_SERVER2,
-    info_field::QX_NTP_SERVER3,
-    info_field::QX_NTP_SERVER4,
-    info_field::QX_ENABLE_LOCK_NETWORK,
-    info_field::QX_LOCK_NETWORK_PLMN,
-    info_field::QX_LOCK_NETWORK_PLMN2,
-    info_field::QX_LOCK_NETWORK_PLMN3,
-    info_field::QX_LOCK_NETWORK_PLMN4,
-    info_field::QX_LOCK_NETWORK_PLMN5,
-    info_field::QX_LOCK_NETWORK_PLMN6,
-    info_field::QX_LOCK_NETWORK_PLMN7,
-    info_field::QX_LOCK_NETWORK_PLMN8,
-    info_field::QX_LOCK_NETWORK_PLMN9,
-    info_field::QX_LOCK_NETWORK_PLMN10,
-    info_field::QX_ADMIN_RANDOM_PASSWORD,
-    info_field::QX_SPECIAL_SSID_PREFIX,
-    info_field::QX_CS_PS_PREFERRED_MODE,
-    info_field::QX_ENABLE_DMZ,
-    info_field::QX_DMZ_DEST_IP,
-    info_field::QX_SPECIAL_FUNC_CONFIG,
-    info_field::QX_ENABLE_SET_REBOOT,
-    info_field::QX_SET_REBOOT_HOURS,
-    info_field::QX_ENABLE_SET_REDIAL,
-    info_field::QX_SET_REDIAL_HOURS,
-    info_field::QX_3G_APN_NAME,
-    info_field::QX_3G_USERNAME,
-    info_field::QX_3G_PASSWORD,
-    info_field::QX_3G_AUTH_TYPE,
-    info_field::QX_USE_SPECIAL_3G_APN,
-    info_field::QX_WIFI_40M_ENABLE,
-    info_field::QX_CONFIG_APN_NAME,
-    info_field::QX_CONFIG_APN_NAME2,
-    info_field::QX_CONFIG_APN_NAME3,
-    info_field::QX_ROUTE_CONFIG_FOR_WAN2,
-    info_field::QX_GRE_VPN_ENABLED,
-    info_field::QX_GRE_VPN_SERVER,
-    info_field::QX_GRE_VPN_LOCAL_IP,
-    info_field::QX_GRE_VPN_REMOTE_IP,
-    info_field::QX_GRE_AS_DEFAULT_ROUTE,
-    info_field::QX_GRE_USE_LAN_INTERFACE,
-    info_field::QX_GRE_VPN_SUBNET_MASK,
-    info_field::QX_GRE_FOR_WAN_SUBNET,
-    info_field::QX_SIP_OVER_GRE,
-    info_field::QX_CTL_IDU_SIGNAL_LED_COLOR,
-    info_field::QX_ENABLE_LOCK_IMSI_PREFIX,
+#define CMDLIB_TABLE_SETTING_ID(name) info_field::name,
+    CMDLIB_TABLE_SETTINGS(CMDLIB_TABLE_SETTING_ID)
+#undef CMDLIB_TABLE_SETTING_ID
 };
 static_assert(sizeof kTableSettingFields / sizeof kTableSettingFields[0] == kTableSettingCount);
 
