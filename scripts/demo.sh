@@ -61,6 +61,13 @@ has probe    && run probe dns6 fota.operator.example 2001:db8:64::53
 has lns      && run lns probe 10.64.0.1
 has url      && run url host https://admin@10.64.0.80:8443/fw/t750.bin
 has ntp      && run ntp
+has front    && run front util_get_device_imei
+has front    && run front util_restart_wifi
+has front    && run front --json util_get_upload_path T750_V1.3.0_20240501.img
+has snmp     && run snmp list
+has snmp     && run snmp get RSRP
+has snmp     && run snmp set FOTASTATUS downloading
+has snmp     && run snmp --json get FOTASTATUS
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"
