@@ -9,6 +9,8 @@
 #include "cmdlib/cmdlib_front.h"
 #include "cmdlib/internal/product.h"
 
+// params and args are parenthesised lists: they are pasted as they are.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define FRONT_DEFINE_OWN(ret, name, params)
 #define FRONT_DEFINE_FORWARD(ret, name, target, params, args) \
     ret name params { return CMDLIB_PRODUCT(target) args; }
@@ -21,6 +23,7 @@
 
 CMDLIB_FRONT_OPERATIONS(FRONT_DEFINE_OWN, FRONT_DEFINE_FORWARD, FRONT_DEFINE_FORWARD_UNPREFIXED,
                         FRONT_DEFINE_ANSWER, FRONT_DEFINE_NOTHING)
+// NOLINTEND(bugprone-macro-parentheses)
 
 // The reason goes to the record first: the reboot does not come back.
 int util_does_system_opt_reboot(const char *reason) {

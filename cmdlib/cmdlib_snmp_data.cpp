@@ -4,6 +4,7 @@
 
 #include <string.h>
 
+#include <iterator>
 #include <string_view>
 
 #include "base/internal/text.h"
@@ -24,10 +25,11 @@ namespace {
 
 using cmdlib::field_text;
 
-#define SNMP_DATA_COUNT_ONE(name) +1
-static_assert(0 SNMP_DATA_PARAMETERS(SNMP_DATA_COUNT_ONE) == SNMP_DATA_PARAMETER_COUNT,
+#define SNMP_DATA_NAME(name) #name,
+constexpr const char *kParameterNames[] = {SNMP_DATA_PARAMETERS(SNMP_DATA_NAME)};
+#undef SNMP_DATA_NAME
+static_assert(std::size(kParameterNames) == SNMP_DATA_PARAMETER_COUNT,
               "the SNMP agent knows 25 parameters");
-#undef SNMP_DATA_COUNT_ONE
 
 // The record as the getters see it: filled on the first call.
 const InfoStruct &record() {

@@ -53,7 +53,7 @@ class Args {
             return kBufferSize;
         }
         const char *w = word();
-        return w ? atoi(w) : 0;
+        return w ? static_cast<int>(strtol(w, nullptr, 0)) : 0;
     }
     char *buffer() {
         buffers_.emplace_back(std::string(kBufferSize, '\0'));
@@ -136,6 +136,7 @@ struct FrontRow {
     Result (*run)(Args &a);
 };
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): &name takes a function's address
 #define ROW(name, kind) {#name, kind, [](Args &a) { return call(&name, a); }},
 #define CTL_OWN(ret, name, params) ROW(name, "own")
 #define CTL_FORWARD(ret, name, target, params, args) ROW(name, "forward")

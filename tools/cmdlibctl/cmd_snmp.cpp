@@ -86,7 +86,7 @@ int get(const char *name, bool json) {
 
 // The writable parameters and the setter behind each.
 int apply(const char *name, const char *value, bool *known) {
-    int number = atoi(value);
+    int number = static_cast<int>(strtol(value, nullptr, 10));
     int size = static_cast<int>(strlen(value)) + 1;
     *known = true;
     if (strcmp(name, "URLFOTA") == 0) return util_snmp_set_fota_url(value, size);
