@@ -42,7 +42,8 @@ CMDLIB_API int util_snmp_get_fota_status(char *value, int size);
 /* Writes QX_FOTA_URL when it differs from url in the first 128 characters,
  * then, one second later, starts "qxfotaonsnmp URL &" unless a process
  * named qxfotaonsnmp is running already.  0; -1 for a null url or a size
- * below 1 (url is read up to size characters). */
+ * below 1 (url is read up to size characters).  A URL too long for the
+ * 512-byte command lines is neither written nor started. */
 CMDLIB_API int util_snmp_set_fota_url(const char *url, int size);
 /* QX_FOTA_URL into value (size bytes, cut to fit); 0. */
 CMDLIB_API int util_snmp_get_fota_url(char *value, int size);
