@@ -18,6 +18,7 @@
 #include "cmdlib/cmdlib_front.h"
 #include "cmdlib/cmdlib_snmp.h"
 #include "cmdlib/cmdlib_snmp_data.h"
+#include "cmdlib/mac.h"
 #include "device.h"
 #include "device_steps.h"
 
@@ -158,6 +159,33 @@ TEST_F(DeviceTest, SnmpRebootAndResetRequests) {
     EXPECT_FALSE(devtest::file_exists(SNMP_RESTORED_DEFAULTS_FLAG_FILE));
     EXPECT_TRUE(devtest::wait_until([] { return devtest::sh("pidof null >/dev/null") != 0; }));
     EXPECT_TRUE(devtest::calls().empty());  // the update tool itself is not run
+}
+
+// The device MAC: the wireless interface's when the product shows Wi-Fi,
+// else the first MAC record's, else the buffer stays as it was.
+TEST_F(DeviceTest, SnmpDeviceMac) {
+    char mac[32] = "untouched";
+    util_snmp_get_ssid_mac(mac, sizeof mac);
+    EXPECT_STREQ(mac, "untouched");
+
+    static MacControlInfo records;
+    memset(&records, 0, sizeof records);
+    const unsigned char unit[6] = {0x02, 0x00, 0xc0, 0xa8, 0x01, 0x6f};
+    memcpy(records.ip_pair_info[0].mac.value, unit, sizeof unit);
+    records.mac_count = 1;
+    util_save_mac_control_info(&records, 0);
+    util_snmp_get_ssid_mac(mac, sizeof mac);
+    EXPECT_STREQ(mac, "02:00:C0:A8:01:6F");
+    util_snmp_get_ssid_mac(mac, 9);  // cut to the buffer
+    EXPECT_STREQ(mac, "02:00:C0");
+
+    devtest::write_file(DISPLAY_WIFI_SETTINGS_PAGE_FLAG_FILE, "");
+    ASSERT_TRUE(devtest::add_interface("ath0", "10.77.0.1/24"));
+    devtest::ip("link set ath0 address 0e:11:22:aa:bb:cc");
+    util_snmp_get_ssid_mac(mac, sizeof mac);
+    EXPECT_STREQ(mac, "0E:11:22:AA:BB:CC");
+    devtest::ip("link del ath0");
+    devtest::remove_all(DISPLAY_WIFI_SETTINGS_PAGE_FLAG_FILE);
 }
 
 // A real program run as a child of the test, killed at the end.
