@@ -28,41 +28,46 @@ void fill_record() {
 void BM_DispatchImei(benchmark::State &state) {
     fill_record();
     char value[64];
-    for (auto _ : state)
+    for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): counts iterations
         benchmark::DoNotOptimize(
             util_snmp_data_get_specified_parameter("IMEI", value, sizeof value));
+    }
 }
 BENCHMARK(BM_DispatchImei);
 
 void BM_DispatchLastRow(benchmark::State &state) {
     fill_record();
     char value[64];
-    for (auto _ : state)
+    for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): counts iterations
         benchmark::DoNotOptimize(
             util_snmp_data_get_specified_parameter("WLANBSSI", value, sizeof value));
+    }
 }
 BENCHMARK(BM_DispatchLastRow);
 
 void BM_DispatchRsrpMean(benchmark::State &state) {
     fill_record();
     char value[64];
-    for (auto _ : state)
+    for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): counts iterations
         benchmark::DoNotOptimize(
             util_snmp_data_get_specified_parameter("RSRP", value, sizeof value));
+    }
 }
 BENCHMARK(BM_DispatchRsrpMean);
 
 void BM_FloorDirectGetter(benchmark::State &state) {
     fill_record();
     char value[64];
-    for (auto _ : state) benchmark::DoNotOptimize(util_snmp_data_get_IMEI(value, sizeof value));
+    for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): counts iterations
+        benchmark::DoNotOptimize(util_snmp_data_get_IMEI(value, sizeof value));
+    }
 }
 BENCHMARK(BM_FloorDirectGetter);
 
 void BM_RereadModuleFile(benchmark::State &state) {
     fill_record();
     char value[64];
-    for (auto _ : state) {
+    for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): counts iterations
         FILE *f = fopen(kModuleFile, "r");
         char line[256];
         while (f && fgets(line, sizeof line, f))
