@@ -41,6 +41,8 @@ struct _reset_pre_param; /* reset_pre_param, cmdlib_features.h */
  * stays until the device restarts. */
 #define SYSTEM_RESET_START_FLAG_FILE "/tmp/.flag_system_reset_start"
 
+/* One row a line, kept unwrapped so rows can be read and diffed. */
+/* clang-format off */
 #define CMDLIB_FRONT_OPERATIONS(OWN, FORWARD, FORWARD_UNPREFIXED, ANSWER, NOTHING) \
     OWN(int, util_does_system_opt_reboot, (const char *reason)) \
     OWN(int, util_process_system_reset, (void *arg, int flag, char *result_str, int *result_code)) \
@@ -234,6 +236,7 @@ struct _reset_pre_param; /* reset_pre_param, cmdlib_features.h */
     ANSWER(-1, util_restart_webdav, (void)) \
     ANSWER(-1, util_set_opennat, (void)) \
     ANSWER(-1, util_get_exterior_sessionid, (void))
+/* clang-format on */
 
 #define CMDLIB_FRONT_DECLARE_OWN(ret, name, params) CMDLIB_API ret name params;
 #define CMDLIB_FRONT_DECLARE_FORWARD(ret, name, target, params, args) CMDLIB_API ret name params;
