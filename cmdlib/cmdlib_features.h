@@ -11,6 +11,7 @@
 #include <time.h>
 
 #include "cmdlib_export.h"
+#include "cmdlib_front.h"
 #include "libbase.h"
 
 CMDLIB_BEGIN_DECLS

@@ -65,6 +65,13 @@ has export   && run export
 has export   && run export --json
 has macros   && run macros --json /tmp/cmdlib/macros.sh
 has macros   && { echo; echo "\$ . /tmp/cmdlib/macros.sh"; sh -c ". /tmp/cmdlib/macros.sh && env | grep -E ^REAL_ | sort"; }
+has front    && run front util_get_device_imei
+has front    && run front util_restart_wifi
+has front    && run front --json util_get_upload_path T750_V1.3.0_20240501.img
+has snmp     && run snmp list
+has snmp     && run snmp get RSRP
+has snmp     && run snmp set FOTASTATUS downloading
+has snmp     && run snmp --json get FOTASTATUS
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

@@ -19,6 +19,8 @@ pkgs=(cmake ninja-build g++ pkg-config libcjson-dev googletest libgtest-dev libg
       libbenchmark-dev iproute2 iptables conntrack dnsmasq-base udhcpd xl2tpd arping psmisc
       procps passwd util-linux busybox net-tools
       nettle-dev wget)
+# The real SNMP agent and manager that serve and read the SNMP parameters.
+pkgs+=(snmpd snmp)
 missing=()
 for p in "${pkgs[@]}" "${extra[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
