@@ -3,6 +3,7 @@
 // against silent, closed and garbage-speaking peers of the test's own; the
 // LNS selection files.
 #include <signal.h>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 
@@ -38,6 +39,10 @@ class LnsTest : public DeviceTest {
     // A fresh xl2tpd on 10.64.0.1:1701 for each test: it remembers the
     // probe's fixed tunnel id for a while after a connection.
     static void start_xl2tpd() {
+        // The log goes first: the shell truncates it only once the
+        // background job runs, and the last test's "Listening" must not
+        // pass for this one's.
+        ::unlink(kLog);
         devtest::write_file("/tmp/lns-test/xl2tpd.conf",
                             "[global]\nlisten-addr = 10.64.0.1\ndebug avp = yes\ndebug tunnel = yes\n[lns default]\n"
                             "ip range = 10.99.0.10-10.99.0.20\nlocal ip = 10.99.0.1\nhostname = lns-test\n");
