@@ -1,5 +1,5 @@
 // Netlink decoders without a socket: messages recorded from the kernel
-// (tests/unit/netlink/*.bin, made by record.sh) against their golden
+// (tests/golden/netlink/*.bin, made by record.sh) against their golden
 // decodings, hand-made hostile messages, and the attribute index.  Every
 // buffer is allocated to its exact size, so the sanitizer build catches a
 // read one byte past it.
@@ -14,22 +14,13 @@
 
 #include "cmdlib/cmdlib_netlink.h"
 #include "cmdlib/internal/netlink_parse.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-std::string fixture_path(const std::string &name) {
-    return golden::beside(__FILE__, "netlink/" + name);
-}
-
-std::string fixture(const std::string &name) {
-    std::ifstream in(fixture_path(name), std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
+std::string fixture(const std::string &name) { return golden::data("netlink/" + name); }
 
 // The callbacks print the record with the library's own dump.
 int on_link(NetlinkLinkEventData *d) { return util_netlink_dump_NetlinkLinkEventData(0, d), 0; }
@@ -135,7 +126,7 @@ Bytes rtm(uint8_t family, uint8_t dst_len) {
 const Bytes kMac = {0x02, 0, 0, 0, 0x77, 0xab}, kMtu = {0xdc, 0x05, 0, 0} /* 1500 */,
             kV4 = {10, 0, 0, 1};
 
-// Each case's records are in tests/unit/netlink/hostile.golden.
+// Each case's records are in tests/golden/netlink/hostile.golden.
 TEST(HostileMessages, LyingLengthsEndTheWalkNeverTheBuffer) {
     Msg good(RTM_NEWLINK, kLinkUp), addr(RTM_NEWADDR, ifaddr(AF_INET, 8));
     good.str(IFLA_IFNAME, "x0").attr(IFLA_ADDRESS, kMac).attr(IFLA_MTU, kMtu);
@@ -178,7 +169,7 @@ TEST(HostileMessages, LyingLengthsEndTheWalkNeverTheBuffer) {
         {"return_immediately: a skipped type is the first",
          cat(Msg(NLMSG_NOOP, {}).done(), addr.done()), true},
     };
-    auto want = golden::expect_pairs(fixture_path("hostile.golden"));
+    auto want = golden::expect_pairs("netlink/hostile.golden");
     ASSERT_EQ(want.size(), sizeof cases / sizeof cases[0]);
     for (size_t i = 0; i < want.size(); ++i) {
         EXPECT_EQ(cases[i].what, want[i].first);

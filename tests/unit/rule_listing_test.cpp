@@ -1,5 +1,5 @@
 // Route and rule checkers on listing text: the option scan of a rule line
-// and the fix commands against golden files (tests/unit/rules/), the
+// and the fix commands against golden files (tests/golden/rules/), the
 // counting passes (first checker wins, the read and word limits), and the
 // exported checks on files.
 #include "cmdlib/internal/rule_listing.h"
@@ -13,20 +13,16 @@
 #include <vector>
 
 #include "base/internal/line_reader.h"
-#include "checker_spec.h"
+#include "common/checker_spec.h"
 #include "cmdlib/cmdlib_nat.h"
 #include "cmdlib/cmdlib_route.h"
-#include "golden.h"
+#include "common/golden.h"
 
 using checker_spec::route;
 using checker_spec::rule;
 using cmdlib::TextLineReader;
 
 namespace {
-
-std::string golden_file(const char *name) {
-    return golden::beside(__FILE__, std::string("rules/") + name);
-}
 
 cmdlib::NatRule parse(std::string_view line, size_t *words = nullptr) {
     std::string_view w[cmdlib::kListingMaxWords];
@@ -38,7 +34,7 @@ cmdlib::NatRule parse(std::string_view line, size_t *words = nullptr) {
 }
 
 TEST(RuleLines, OptionsAreTakenLeftToRight) {
-    auto cases = golden::expect_pairs(golden_file("rule_lines.golden"));
+    auto cases = golden::expect_pairs("rules/rule_lines.golden");
     ASSERT_GT(cases.size(), 10u);
     for (const auto &[line, want] : cases) {
         cmdlib::NatRule r = parse(line);
@@ -54,7 +50,7 @@ TEST(RuleLines, OptionsAreTakenLeftToRight) {
 // What the fix pass runs for each checker: <none>, the command (<cut> when
 // it would not fit) and, after rules added to the nat table, the flush.
 TEST(FixCommands, AsTheGoldenFileWritesThem) {
-    auto cases = golden::expect_pairs(golden_file("fix_commands.golden"));
+    auto cases = golden::expect_pairs("rules/fix_commands.golden");
     ASSERT_GT(cases.size(), 10u);
     for (const auto &[spec, want] : cases) {
         cmdlib::CommandLine<256> cmd;
