@@ -36,7 +36,9 @@ template <int (*F)(char *, int)> golden::Call text() {
 }
 
 // The process id in FOTA's scratch names, as "PID".
-std::string no_pid(std::string s) { return std::regex_replace(s, std::regex(std::to_string(getpid())), "PID"); }
+std::string no_pid(std::string s) {
+    return std::regex_replace(s, std::regex("FOTA_" + std::to_string(getpid()) + "_"), "FOTA_PID_");
+}
 
 int ntp_sync() { return fibocom_t750_opt_ntp_sync(nullptr, nullptr, nullptr, nullptr); }
 int tr069_reboot() { return fibocom_t750_opt_tr069_server_reboot("x"); }
