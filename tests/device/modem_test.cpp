@@ -23,8 +23,6 @@
 
 namespace {
 
-using devtest::Process;
-
 // Scratch files of the AT channel left behind in /tmp.
 int leftover_tmp_files() {
     int n = 0;
@@ -162,6 +160,15 @@ TEST_F(ModemDevice, Transcripts) {
              int rc = util_parse_lte_status(a[0].w(), result);
              return show(rc, result);
          }},
+        {"dial_running", flag<util_is_dial_program_running>()},
+        {"log_tools_running", flag<util_is_log_tools_running>()},
+        {"dial_names", [](Args &) {
+             char *names[4] = {};
+             return show(util_get_all_dial_process_names(names, 4));
+         }},
+        {"running", [](Args &a) { return show(cmd_ps_is_one_program_running(a[0].w()) != 0); }},
+        {"kill_for_upgrade", [](Args &) { return util_kill_some_processes_for_modem_upgarde(), "done"; }},
+        {"usb_rate", [](Args &a) { return show(quectel_x12_opt_set_usb_rate(a[0].c())); }},
         {"rsrp_levels", [](Args &) {
              int l[5] = {1, 1, 1, 1, 1};
              util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
@@ -171,47 +178,6 @@ TEST_F(ModemDevice, Transcripts) {
     })));
 }
 
-// ---- modem processes ---------------------------------------------------------------
-
-TEST_F(ModemDevice, LogToolsAndDialPrograms) {
-    EXPECT_EQ(1, util_is_dial_program_running());  // no dial program known
-    char *names[4] = {};
-    EXPECT_EQ(0, util_get_all_dial_process_names(names, 4));
-    EXPECT_EQ(0, util_is_log_tools_running());
-    {
-        Process remserial({"/usr/bin/remserial", "-x"});  // not serving a port
-        EXPECT_EQ(0, util_is_log_tools_running());
-    }
-    {
-        Process remserial({"/usr/bin/remserial", "-s", "115200", "-p", "2000"});
-        EXPECT_EQ(1, util_is_log_tools_running());
-    }
-    {
-        Process diag({"/usr/bin/diag_socket_log"});
-        EXPECT_EQ(1, util_is_log_tools_running());
-    }
-    Process proxy({"/usr/bin/ComProxy"});
-    EXPECT_EQ(1, util_is_log_tools_running());
-}
-
-TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
-    devtest::sendat_answer("AT+HOLD", "x", -1);
-    devtest::write_file("/tmp/modem_hold_cmd", "AT+HOLD\n");
-    devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/modem_hold_cmd -o/tmp/modem_hold_out >/dev/null 2>&1 &");
-    ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
-    Process checker({"/usr/bin/checkusbnet"});
-    Process last({"/usr/bin/diallm923s", "-i", "usb0"});
-    auto running = [](const char *name) { return cmd_ps_is_one_program_running(const_cast<char *>(name)) != 0; };
-    ASSERT_TRUE(running("sendat") && running("diallm923s"));
-    util_kill_some_processes_for_modem_upgarde();
-    for (const char *name : {"sendat", "checkusbnet", "diallm923s"})
-        EXPECT_TRUE(devtest::wait_until([&] { return !running(name); })) << name;
-}
-
-TEST_F(ModemDevice, QuectelUsbRateNeedsNoSysfsFile) {
-    EXPECT_EQ(-1, quectel_x12_opt_set_usb_rate(nullptr));
-    EXPECT_EQ(0, quectel_x12_opt_set_usb_rate("3"));
-    EXPECT_FALSE(devtest::file_exists("/sys/devices/platform/8a00000.ssusb/speed"));
-}
+// ---- modem processes: in tests/golden/device_modem/processes.in ----------------------
 
 }  // namespace
