@@ -216,8 +216,7 @@ inline Table with_files(const std::string &base, Table table) {
 // Files read case by case: .bin recorded bytes; .hex bytes as hex digits
 // ('#' starts a comment, blanks ignored); .tsv one case a line,
 // tab-separated fields with C escapes; .cases blocks, each "== f1 | f2 | ..."
-// line starting a case whose body is the lines up to the next one; .golden
-// an input line, then the "= expected" line after it ("=" alone: empty).
+// line starting a case whose body is the lines up to the next one.
 
 // tests/golden/<relative>.
 inline std::string path(const std::string &relative) { return (tests_dir() / "golden" / relative).string(); }
@@ -284,21 +283,6 @@ inline std::vector<std::string> words(const std::string &field) {
     std::istringstream in(field);
     std::vector<std::string> out;
     for (std::string w; in >> w;) out.push_back(w);
-    return out;
-}
-
-// Pairs of input and expected output of tests/golden/<relative>; '#' lines
-// and blank lines are skipped.
-inline std::vector<std::pair<std::string, std::string>> expect_pairs(const std::string &relative) {
-    std::istringstream in(data(relative));
-    std::vector<std::pair<std::string, std::string>> out;
-    for (std::string line; std::getline(in, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        if ((line == "=" || line.rfind("= ", 0) == 0) && !out.empty())
-            out.back().second = line.size() > 2 ? line.substr(2) : "";
-        else
-            out.emplace_back(line, "");
-    }
     return out;
 }
 
