@@ -4,7 +4,6 @@
 #pragma once
 
 #include <list>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -14,6 +13,21 @@
 #include "device.h"
 
 namespace devtest {
+
+// Every occurrence of `from` replaced by `to`.
+inline std::string replace_all(std::string s, const std::string &from, const std::string &to) {
+    for (size_t at = 0; !from.empty() && (at = s.find(from, at)) != std::string::npos; at += to.size())
+        s.replace(at, from.size(), to);
+    return s;
+}
+
+// The library's scratch names (/tmp/.cmdlib_tmp_<unique>) as /tmp/.cmdlib_tmp_*.
+inline std::string hide_scratch_names(std::string s) {
+    const std::string stem = "/tmp/.cmdlib_tmp_";
+    for (size_t at = 0; (at = s.find(stem, at)) != std::string::npos; at += stem.size() + 1)
+        s.replace(at + stem.size(), s.find(' ', at) == std::string::npos ? std::string::npos : s.find(' ', at) - at - stem.size(), "*");
+    return s;
+}
 
 // "sh CMD" and "outside CMD" (exit code), "out CMD" (standard output),
 // "wait CMD" (until it succeeds) -- CMD is the rest of the line, pipes
@@ -34,7 +48,7 @@ inline golden::Table with_device(golden::Table table) {
     table["calls"] = [](Args &a) {
         std::string out;
         for (const std::string &c : a[0].empty() ? calls() : calls(a[0])) out += (out.empty() ? "" : " ; ") + c;
-        return out.empty() ? "(none)" : std::regex_replace(out, std::regex("/tmp/\\.cmdlib_tmp_[^ ]*"), "/tmp/.cmdlib_tmp_*");
+        return out.empty() ? "(none)" : hide_scratch_names(out);
     };
     table["at"] = [](Args &a) { return sendat_answer(a[0], a[1], a.size() > 2 ? a[2].i() : 0), "ok"; };
     static std::list<Process> processes;

@@ -7,7 +7,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <regex>
 #include <string>
 
 #include "cmdlib/cmdlib_platform_fibocom_t750.h"
@@ -36,8 +35,8 @@ template <int (*F)(char *, int)> golden::Call text() {
 }
 
 // The process id in FOTA's scratch names, as "PID".
-std::string no_pid(std::string s) {
-    return std::regex_replace(s, std::regex("FOTA_" + std::to_string(getpid()) + "_"), "FOTA_PID_");
+std::string no_pid(const std::string &s) {
+    return devtest::replace_all(s, "FOTA_" + std::to_string(getpid()) + "_", "FOTA_PID_");
 }
 
 int ntp_sync() { return fibocom_t750_opt_ntp_sync(nullptr, nullptr, nullptr, nullptr); }
