@@ -39,7 +39,8 @@ class LanTest : public DeviceTest {
                                                            real.substr(0, real.find('\n')) + " \"$@\"\n",
                                 0755);
         }
-        setenv("PATH", ("/tmp/logbin:" + std::string(getenv("PATH"))).c_str(), 1);
+        const char *path = getenv("PATH");
+        setenv("PATH", ("/tmp/logbin:" + std::string(path ? path : "/usr/bin:/bin")).c_str(), 1);
         ASSERT_TRUE(devtest::add_lan_host("lh1", "02:11:22:33:44:01"));
         ASSERT_TRUE(devtest::add_lan_host("lh2", "02:11:22:33:44:02"));
         devtest::write_file("/tmp/udhcpc-script",
@@ -57,7 +58,7 @@ std::string lease(Args &a) {
                      " -s /tmp/udhcpc-script >/dev/null 2>&1");
     std::string got = devtest::read_file("/tmp/lease-" + a[0]);
     got = got.substr(0, got.find('\n'));
-    int last = got.rfind("192.168.1.", 0) == 0 ? atoi(got.c_str() + 10) : 0;
+    long last = got.rfind("192.168.1.", 0) == 0 ? strtol(got.c_str() + 10, nullptr, 10) : 0;
     return last >= 150 && last <= 160 ? "(pool)" + got.substr(got.find(' ')) : got;
 }
 

@@ -99,6 +99,7 @@ TEST_F(BaseFiles, Golden) {
 TEST(BaseTmpPath, UniqueAcrossThreadsAndProcesses) {
     std::vector<std::string> names(8 * 200);
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int t = 0; t < 8; ++t)
         threads.emplace_back([&names, t] {
             for (int i = 0; i < 200; ++i) {
