@@ -1,3 +1,6 @@
+// Golden files and tables of the tests, all under tests/golden/ (recorded
+// trees that stand in for /proc or /sys are under tests/fixtures/).
+//
 // Golden cases: every <case>.in below tests/golden/<folder>/ is run through
 // the test's renderer, and the text it gives must equal the <case>.out
 // beside it, so a case is read and reviewed as a pair of files.
@@ -24,6 +27,7 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace golden {
@@ -206,6 +210,80 @@ inline Table with_files(const std::string &base, Table table) {
         return std::string("ok");
     };
     return table;
+}
+
+// ---- data files ---------------------------------------------------------------------
+// Files read case by case: .bin recorded bytes; .hex bytes as hex digits
+// ('#' starts a comment, blanks ignored); .tsv one case a line,
+// tab-separated fields with C escapes; .cases blocks, each "== f1 | f2 | ..."
+// line starting a case whose body is the lines up to the next one.
+
+// tests/golden/<relative>.
+inline std::string path(const std::string &relative) { return (tests_dir() / "golden" / relative).string(); }
+inline std::string data(const std::string &relative) { return slurp(path(relative)); }
+
+// "" for a stray character or an odd digit count: a broken file fails.
+inline std::string from_hex(const std::string &text) {
+    std::string digits, out;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        for (char c : line.substr(0, line.find('#'))) digits += c == ' ' || c == '\t' || c == '\r' ? "" : std::string(1, c);
+    if (digits.size() % 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) return "";
+    for (size_t i = 0; i < digits.size(); i += 2) out += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    return out;
+}
+inline std::string hex_file(const std::string &relative) { return from_hex(data(relative)); }
+
+// Spaced hex, 16 bytes a line: comparisons that print readably.
+inline std::string to_hex(const std::string &b) {
+    std::string out;
+    char two[4];
+    for (size_t i = 0; i < b.size(); ++i) {
+        snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(b[i]));
+        out += (i == 0 ? "" : i % 16 ? " " : "\n") + std::string(two);
+    }
+    return out;
+}
+
+inline std::vector<std::vector<std::string>> rows(const std::string &relative) {
+    std::vector<std::vector<std::string>> out;
+    std::istringstream lines(data(relative));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        out.emplace_back();
+        std::istringstream fields(line);
+        for (std::string f; std::getline(fields, f, '\t');) out.back().push_back(unescape(f));
+        if (line.back() == '\t') out.back().emplace_back();
+    }
+    return out;
+}
+
+struct Case {
+    std::vector<std::string> fields;
+    std::string body;
+};
+inline std::vector<Case> cases(const std::string &relative) {
+    std::vector<Case> out;
+    std::istringstream lines(data(relative));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("== ", 0) != 0) {
+            if (!out.empty()) out.back().body += line + "\n";
+            continue;
+        }
+        out.emplace_back();
+        std::string rest = line.substr(3) + " | ";
+        for (size_t at; (at = rest.find(" | ")) != std::string::npos; rest.erase(0, at + 3))
+            out.back().fields.push_back(rest.substr(0, at));
+    }
+    return out;
+}
+
+// Words of a blank-separated field.
+inline std::vector<std::string> words(const std::string &field) {
+    std::istringstream in(field);
+    std::vector<std::string> out;
+    for (std::string w; in >> w;) out.push_back(w);
+    return out;
 }
 
 }  // namespace golden

@@ -14,6 +14,21 @@
 
 namespace devtest {
 
+// Every occurrence of `from` replaced by `to`.
+inline std::string replace_all(std::string s, const std::string &from, const std::string &to) {
+    for (size_t at = 0; !from.empty() && (at = s.find(from, at)) != std::string::npos; at += to.size())
+        s.replace(at, from.size(), to);
+    return s;
+}
+
+// The library's scratch names (/tmp/.cmdlib_tmp_<unique>) as /tmp/.cmdlib_tmp_*.
+inline std::string hide_scratch_names(std::string s) {
+    const std::string stem = "/tmp/.cmdlib_tmp_";
+    for (size_t at = 0; (at = s.find(stem, at)) != std::string::npos; at += stem.size() + 1)
+        s.replace(at + stem.size(), s.find(' ', at) == std::string::npos ? std::string::npos : s.find(' ', at) - at - stem.size(), "*");
+    return s;
+}
+
 // "sh CMD" and "outside CMD" (exit code), "out CMD" (standard output),
 // "wait CMD" (until it succeeds) -- CMD is the rest of the line, pipes
 // included -- "calls [TOOL]" (the call log, " ; "
@@ -33,14 +48,7 @@ inline golden::Table with_device(golden::Table table) {
     table["calls"] = [](Args &a) {
         std::string out;
         for (const std::string &c : a[0].empty() ? calls() : calls(a[0])) out += (out.empty() ? "" : " ; ") + c;
-        // scratch names differ on every run: show them as one pattern
-        const std::string scratch = "/tmp/.cmdlib_tmp_";
-        for (size_t at = 0; (at = out.find(scratch, at)) != std::string::npos;) {
-            at += scratch.size();
-            const size_t end = out.find(' ', at);
-            out.replace(at, end == std::string::npos ? end : end - at, "*");
-        }
-        return out.empty() ? "(none)" : out;
+        return out.empty() ? "(none)" : hide_scratch_names(out);
     };
     table["at"] = [](Args &a) { return sendat_answer(a[0], a[1], a.size() > 2 ? a[2].i() : 0), "ok"; };
     static std::list<Process> processes;

@@ -13,7 +13,7 @@
 #include "cmdlib/cmdlib_dns.h"
 #include "cmdlib/internal/net_waits.h"
 #include "device.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 
@@ -113,7 +113,7 @@ TEST_F(DnsTest, TraceWhileTheFlagExistsAndUnbindableSocket) {
     devtest::write_file("/tmp/.dns_debug", "");
     // the bindings fail and are only logged: the question takes the default route
     EXPECT_EQ(resolve("one.router.test", "10.64.0.53", "", "nosuchif0", "10.9.9.9"), "0 10.20.30.42");
-    EXPECT_EQ(read_file("/tmp/.send_dns.log"), golden::bytes("dns/trace_unbindable.txt"));
+    EXPECT_EQ(read_file("/tmp/.send_dns.log"), golden::data("dns/trace_unbindable.txt"));
     devtest::remove_all("/tmp/.dns_debug");
     devtest::remove_all("/tmp/.send_dns.log");
     EXPECT_EQ(resolve("one.router.test", "10.64.0.53"), "0 10.20.30.42");

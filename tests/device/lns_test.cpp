@@ -10,7 +10,7 @@
 #include "cmdlib/internal/net_waits.h"
 #include "cmdlib/lns.h"
 #include "device.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Modem family inside the device: the AT channel against the sendat
-// simulator, the flag files, the status indication file, the signal
-// override files and the modem process checks.
+// simulator; the flag files, the status indication file and the signal
+// override files as transcripts; the modem process checks.
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
@@ -19,12 +19,9 @@
 #include "cmdlib/internal/at_channel.h"
 #include "cmdlib/sim.h"
 #include "device.h"
+#include "device_steps.h"
 
 namespace {
-
-using devtest::Process;
-
-const char *kStatus = "/tmp/cmdlib/.system_signal_sim_status_ind";
 
 // Scratch files of the AT channel left behind in /tmp.
 int leftover_tmp_files() {
@@ -130,114 +127,57 @@ TEST_F(ModemDevice, AtConcurrentCallersNeitherHangsNorOverruns) {
     EXPECT_EQ(2u, devtest::calls("sendat").size());
 }
 
-// ---- flag files -------------------------------------------------------------------
+// ---- flag files, the status indication file, signal overrides -------------------
 
-TEST_F(ModemDevice, FlagFiles) {
-    struct Flag {
-        int (*fn)(void);
-        const char *path;
-    } flags[] = {
-        {is_gsm_disabled, "/tmp/cmdlib/.config_disable_gsm_flag"},
-        {util_is_gsm_mode_not_supported, "/tmp/.gsm_not_supported_bit_flag_file"},
-        {util_is_wcdma_mode_not_supported, "/tmp/.wcdma_not_supported_bit_flag_file"},
-        {util_is_tdscdma_mode_not_supported, "/tmp/.tdscdma_not_supported_bit_flag_file"},
-        {util_is_lte_mode_not_supported, "/tmp/.lte_not_supported_bit_flag_file"},
-        {util_is_wcdma_preferred, "/tmp/.wcdma_preferred_bit_flag_file"},
-        {util_should_dial_lte_manually, "/tmp/cmdlib/.dial_lte_module_manually"},
-        {util_should_disconnect_from_lte_network_immediately,
-         "/tmp/cmdlib/.disconnect_from_lte_network_immediately"},
-        {is_ttyusb1_used, "/tmp/cmdlib/.is_ttyUSB1_used"},
-    };
-    for (const Flag &f : flags) {
-        EXPECT_EQ(0, f.fn()) << f.path;
-        devtest::write_file(f.path, "");
-        EXPECT_EQ(1, f.fn()) << f.path;
-        devtest::remove_all(f.path);
-        EXPECT_EQ(0, f.fn()) << f.path;
-    }
-    // the /tmp flags are not looked for under /tmp/cmdlib
-    devtest::write_file("/tmp/cmdlib/.gsm_not_supported_bit_flag_file", "");
-    EXPECT_EQ(0, util_is_gsm_mode_not_supported());
+// A yes/no question answered from a flag file.
+template <int (*F)()> golden::Call flag() {
+    return [](golden::Args &) { return golden::show(F()); };
 }
 
-// ---- status indication file ------------------------------------------------------
-
-TEST_F(ModemDevice, StatusFileAtItsFixedPathAndTheLteParser) {
-    int st = -5, sig = -5;
-    char answer[] = "+QXRSRP: -95\r\nOK", empty[] = "", result[32] = "stale";
-    EXPECT_EQ(0, cmd_sim_exist() + cmd_sim_need_pin());  // missing file
-    EXPECT_EQ(-1, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    EXPECT_EQ(0, util_parse_lte_status(answer, result));  // no SIM: empty, 0
-    EXPECT_STREQ("", result);
-    devtest::write_file(kStatus, "1 0 1 18 0 0 0 1 7 1\n");
-    EXPECT_EQ((std::vector<int>{1, 0, 1}), (std::vector<int>{cmd_sim_exist(), cmd_sim_need_pin(), cmd_sim_need_puk()}));
-    EXPECT_EQ(0, cmd_get_dial_status_and_signal_quality(&st, &sig));
-    EXPECT_EQ(st * 100 + sig, 118);
-    strcpy(result, "stale");  // LTE with a SIM: this platform's parser, which has nothing to give
-    EXPECT_EQ(0, util_parse_lte_status(answer, result));
-    EXPECT_STREQ("", result);
-    EXPECT_EQ(-1, util_parse_lte_status(empty, result));
-    devtest::write_file(kStatus, std::string(500, '1'));  // huge line: read bounded
-    EXPECT_EQ(2147483647, cmd_sim_exist());
+// The flag files, the status indication file with the LTE parser, and the
+// signal override files, as a transcript in tests/golden/device_modem.
+TEST_F(ModemDevice, Transcripts) {
+    using golden::Args;
+    using golden::show;
+    golden::check("device_modem", golden::calls(devtest::with_device({
+        {"gsm_disabled", flag<is_gsm_disabled>()},
+        {"gsm_not_supported", flag<util_is_gsm_mode_not_supported>()},
+        {"wcdma_not_supported", flag<util_is_wcdma_mode_not_supported>()},
+        {"tdscdma_not_supported", flag<util_is_tdscdma_mode_not_supported>()},
+        {"lte_not_supported", flag<util_is_lte_mode_not_supported>()},
+        {"wcdma_preferred", flag<util_is_wcdma_preferred>()},
+        {"dial_lte_manually", flag<util_should_dial_lte_manually>()},
+        {"disconnect_lte", flag<util_should_disconnect_from_lte_network_immediately>()},
+        {"ttyusb1_used", flag<is_ttyusb1_used>()},
+        {"sim", [](Args &) { return show(cmd_sim_exist(), cmd_sim_need_pin(), cmd_sim_need_puk()); }},
+        {"dial_and_signal", [](Args &) {
+             int st = -5, sig = -5;
+             int rc = cmd_get_dial_status_and_signal_quality(&st, &sig);
+             return show(rc, st, sig);
+         }},
+        {"lte_status", [](Args &a) {
+             char result[32] = "stale";
+             int rc = util_parse_lte_status(a[0].w(), result);
+             return show(rc, result);
+         }},
+        {"dial_running", flag<util_is_dial_program_running>()},
+        {"log_tools_running", flag<util_is_log_tools_running>()},
+        {"dial_names", [](Args &) {
+             char *names[4] = {};
+             return show(util_get_all_dial_process_names(names, 4));
+         }},
+        {"running", [](Args &a) { return show(cmd_ps_is_one_program_running(a[0].w()) != 0); }},
+        {"kill_for_upgrade", [](Args &) { return util_kill_some_processes_for_modem_upgarde(), "done"; }},
+        {"usb_rate", [](Args &a) { return show(quectel_x12_opt_set_usb_rate(a[0].c())); }},
+        {"rsrp_levels", [](Args &) {
+             int l[5] = {1, 1, 1, 1, 1};
+             util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
+             util_get_min_lte_rsrp_values_for_signal_level(&l[0], nullptr, &l[2], &l[3], &l[4]);
+             return show(l[0], l[1], l[2], l[3], l[4]);
+         }},
+    })));
 }
 
-// ---- signal overrides ---------------------------------------------------------------
-
-TEST_F(ModemDevice, SignalOverrideFiles) {
-    int l[5] = {1, 1, 1, 1, 1};
-    util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
-    EXPECT_EQ((std::vector<int>{-120, -115, -110, -105, -97}), std::vector<int>(l, l + 5));
-    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_1_MIN_RSRP", "-125\n");
-    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_3_MIN_RSRP", "0");
-    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_4_MIN_RSRP", "junk");
-    devtest::write_file("/tmp/cmdlib/.QX_LTESIG_LEVEL_5_MIN_RSRP", "-90123456789");
-    util_get_min_lte_rsrp_values_for_signal_level(&l[0], &l[1], &l[2], &l[3], &l[4]);
-    // 0 and junk mean the default; only 7 characters are read
-    EXPECT_EQ((std::vector<int>{-125, -115, -110, -105, -901234}), std::vector<int>(l, l + 5));
-    util_get_min_lte_rsrp_values_for_signal_level(&l[0], nullptr, &l[2], &l[3], &l[4]);
-}
-
-// ---- modem processes ---------------------------------------------------------------
-
-TEST_F(ModemDevice, LogToolsAndDialPrograms) {
-    EXPECT_EQ(1, util_is_dial_program_running());  // no dial program known
-    char *names[4] = {};
-    EXPECT_EQ(0, util_get_all_dial_process_names(names, 4));
-    EXPECT_EQ(0, util_is_log_tools_running());
-    {
-        Process remserial({"/usr/bin/remserial", "-x"});  // not serving a port
-        EXPECT_EQ(0, util_is_log_tools_running());
-    }
-    {
-        Process remserial({"/usr/bin/remserial", "-s", "115200", "-p", "2000"});
-        EXPECT_EQ(1, util_is_log_tools_running());
-    }
-    {
-        Process diag({"/usr/bin/diag_socket_log"});
-        EXPECT_EQ(1, util_is_log_tools_running());
-    }
-    Process proxy({"/usr/bin/ComProxy"});
-    EXPECT_EQ(1, util_is_log_tools_running());
-}
-
-TEST_F(ModemDevice, UpgradeKillsModemProcesses) {
-    devtest::sendat_answer("AT+HOLD", "x", -1);
-    devtest::write_file("/tmp/modem_hold_cmd", "AT+HOLD\n");
-    devtest::sh("sendat -d/dev/ttyUSB1 -f/tmp/modem_hold_cmd -o/tmp/modem_hold_out >/dev/null 2>&1 &");
-    ASSERT_TRUE(devtest::wait_for_calls("sendat", 1));
-    Process checker({"/usr/bin/checkusbnet"});
-    Process last({"/usr/bin/diallm923s", "-i", "usb0"});
-    auto running = [](const char *name) { return cmd_ps_is_one_program_running(const_cast<char *>(name)) != 0; };
-    ASSERT_TRUE(running("sendat") && running("diallm923s"));
-    util_kill_some_processes_for_modem_upgarde();
-    for (const char *name : {"sendat", "checkusbnet", "diallm923s"})
-        EXPECT_TRUE(devtest::wait_until([&] { return !running(name); })) << name;
-}
-
-TEST_F(ModemDevice, QuectelUsbRateNeedsNoSysfsFile) {
-    EXPECT_EQ(-1, quectel_x12_opt_set_usb_rate(nullptr));
-    EXPECT_EQ(0, quectel_x12_opt_set_usb_rate("3"));
-    EXPECT_FALSE(devtest::file_exists("/sys/devices/platform/8a00000.ssusb/speed"));
-}
+// ---- modem processes: in tests/golden/device_modem/processes.in ----------------------
 
 }  // namespace

@@ -2,7 +2,7 @@
 // child process (it blocks, and its stop flag is process-wide) that prints
 // every record with the library's dump to /tmp/monitor.out; the test
 // changes the kernel with ip and reads what the child saw.  The scenarios
-// are tests/device/netlink/*.events.
+// are tests/golden/netlink_events/*.events.
 #include <dirent.h>
 #include <linux/rtnetlink.h>
 #include <signal.h>
@@ -97,7 +97,7 @@ class NetlinkTest : public DeviceTest {
     // its records awaited in order.
     static void run_scenario(const std::string &name) {
         std::istringstream in(
-            devtest::read_file(devtest::src_path("tests/device/netlink/" + name)));
+            devtest::read_file(devtest::src_path("tests/golden/netlink_events/" + name)));
         unsigned groups = 0;
         std::vector<std::string> commands, want;
         for (std::string l; std::getline(in, l);) {

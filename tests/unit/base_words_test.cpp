@@ -1,5 +1,5 @@
 // libbase word splitting and in-place string services: a table of calls
-// (tests/unit/golden/words_calls) and the every-byte hex digit check.
+// (tests/golden/words_calls) and the every-byte hex digit check.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,6 +1,6 @@
 // The configuration parsers over text: the export-line parser, the pair
 // reader, the key index, the structure reader and the packed-file check.
-// Line rules are golden cases (tests/unit/golden/export_line, pairs).
+// Line rules are golden cases (tests/golden/export_line, pairs).
 #include <gtest/gtest.h>
 
 #include <algorithm>

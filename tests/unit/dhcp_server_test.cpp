@@ -1,13 +1,11 @@
 // DHCP server: the udhcpd configuration built from configuration pairs and
-// the dnsmasq lease reader, both on golden files (tests/unit/golden/):
-// udhcpd/<case>.settings (KEY=VALUE lines; WAN_* stand for the dial tool's
-// WAN files; \n and \r for those bytes) gives udhcpd/<case>.conf, and
-// leases/mixed.leases read at time 400 gives leases/mixed.expected.
-#include <dirent.h>
+// the dnsmasq lease reader, both on golden cases (tests/golden/):
+// udhcpd/<case>.in (KEY=VALUE lines; WAN_* stand for the dial tool's WAN
+// files; \n and \r for those bytes) gives the configuration in .out, and
+// leases/<case>.in read at time 400 gives the client list in .out.
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -16,25 +14,14 @@
 #include "base/internal/line_reader.h"
 #include "cmdlib/cmdlib_dhcp.h"
 #include "cmdlib/internal/dhcp_server.h"
+#include "common/golden.h"
 
 namespace {
 
-std::string golden_dir() {
-    std::string dir = __FILE__;
-    return dir.erase(dir.rfind('/')) + "/golden/";
-}
-
-std::string read_text(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-std::string compose_from(const std::string &settings_file) {
+std::string compose_from(const std::string &settings) {
     std::vector<ConfigKeyValuePair> pairs;
     std::map<std::string, std::string> wan;
-    std::istringstream in(read_text(settings_file));
+    std::istringstream in(settings);
     for (std::string line; std::getline(in, line);) {
         size_t eq = line.find('=');
         if (line.empty() || line[0] == '#' || eq == std::string::npos) continue;
@@ -56,21 +43,7 @@ std::string compose_from(const std::string &settings_file) {
     return std::string(out, cmdlib::compose_udhcpd_conf(s, out, sizeof out));
 }
 
-TEST(UdhcpdConf, EachCaseMatchesItsGoldenFile) {
-    std::string dir = golden_dir() + "udhcpd/";
-    DIR *d = opendir(dir.c_str());
-    ASSERT_NE(d, nullptr) << dir;
-    int cases = 0;
-    while (dirent *e = readdir(d)) {
-        std::string name = e->d_name;
-        if (name.size() < 9 || name.compare(name.size() - 9, 9, ".settings") != 0) continue;
-        std::string base = dir + name.substr(0, name.size() - 9);
-        EXPECT_EQ(compose_from(base + ".settings"), read_text(base + ".conf")) << name;
-        ++cases;
-    }
-    closedir(d);
-    EXPECT_EQ(cases, 6);
-}
+TEST(UdhcpdConf, Golden) { golden::check("udhcpd", compose_from); }
 
 // Each lease as "hostname ip mac expires", one a line.
 std::string leases_text(const std::string &text, uint32_t now, int max_record, int *count = nullptr) {
@@ -85,12 +58,11 @@ std::string leases_text(const std::string &text, uint32_t now, int max_record, i
     return out;
 }
 
-TEST(DnsmasqLeases, MixedFileMatchesItsGoldenList) {
-    // Expired, due now, garbage expiry, too few fields, a wrapping expiry,
-    // blanks, tabs and CRLF, an over-wide name, a line cut at 511 bytes
-    // whose tail looks like a lease, one of exactly 511, no final line feed.
-    EXPECT_EQ(leases_text(read_text(golden_dir() + "leases/mixed.leases"), 400, 0),
-              read_text(golden_dir() + "leases/mixed.expected"));
+// Expired, due now, garbage expiry, too few fields, a wrapping expiry,
+// blanks, tabs and CRLF, an over-wide name, a line cut at 511 bytes whose
+// tail looks like a lease, one of exactly 511, no final line feed.
+TEST(DnsmasqLeases, Golden) {
+    golden::check("leases", [](const std::string &text) { return leases_text(text, 400, 0); });
 }
 
 TEST(DnsmasqLeases, RecordLimit) {

@@ -1,6 +1,6 @@
 // The DNS client on bytes: questions against golden files, the address
 // test, the answer walk over answers recorded from dnsmasq and hostile ones
-// (tests/data/dns/walk.cases), the answer queue, and the resolver through
+// (tests/golden/dns/walk.cases), the answer queue, and the resolver through
 // the C API where it needs no server.
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -10,7 +10,7 @@
 
 #include "cmdlib/cmdlib_dns.h"
 #include "cmdlib/internal/dns_wire.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 
@@ -68,7 +68,7 @@ TEST(DnsAnswerWalk, RecordedAndHostileAnswers) {
     auto cases = golden::cases("dns/walk.cases");
     ASSERT_EQ(cases.size(), 18u);
     for (const auto &c : cases) {
-        std::string msg = c.body[0] == '@' ? golden::bytes("dns/" + c.body.substr(1, c.body.size() - 2))
+        std::string msg = c.body[0] == '@' ? golden::data("dns/" + c.body.substr(1, c.body.size() - 2))
                                            : golden::from_hex(c.body);
         ASSERT_FALSE(msg.empty()) << c.fields[0];
         Recorded r;
@@ -100,7 +100,7 @@ TEST(DnsCApi, QueueAndAnswerIntoQueue) {
 
     // the resolver's 1501-byte buffer, zeroed past what arrived
     unsigned char buf[dns::kResolverBufferSize] = {};
-    std::string msg = golden::bytes("dns/dnsmasq_cname_two_a.bin");
+    std::string msg = golden::data("dns/dnsmasq_cname_two_a.bin");
     memcpy(buf, msg.data(), msg.size());
     EXPECT_EQ(get_ip_from_answer_v4(q, 2, buf, 33), 0);
     EXPECT_EQ(pop(), "10.20.30.41");

@@ -1,5 +1,5 @@
 // The shared internal helpers of base/internal, tested once here for every
-// parser that uses them.  Single calls are tables (tests/unit/golden/
+// parser that uses them.  Single calls are tables (tests/golden/
 // helper_calls): numbers, stripping, the word splitter, bounded copies,
 // shell quoting, command lines and the byte reader.  Here: the line reader
 // against fgets, hostile text through a real shell, cut command lines never

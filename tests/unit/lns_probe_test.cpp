@@ -1,6 +1,6 @@
 // The L2TP probe's messages against golden files, the walk for the peer's
 // tunnel id and the selection file reader over case tables
-// (tests/data/l2tp/), and the LNS policy switches of the record.
+// (tests/golden/l2tp/), and the LNS policy switches of the record.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -9,7 +9,7 @@
 #include "cmdlib/internal/l2tp_wire.h"
 #include "cmdlib/internal/lns_select.h"
 #include "cmdlib/lns.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST(L2tpMessages, PeerTunnelId) {
     auto cases = golden::cases("l2tp/peer_tunnel_id.cases");
     ASSERT_EQ(cases.size(), 16u);
     for (const auto &c : cases) {
-        std::string msg = c.body[0] == '@' ? golden::bytes("l2tp/" + c.body.substr(1, c.body.size() - 2))
+        std::string msg = c.body[0] == '@' ? golden::data("l2tp/" + c.body.substr(1, c.body.size() - 2))
                                            : golden::from_hex(c.body);
         int nr = -5;
         EXPECT_EQ(l2tp::peer_tunnel_id(reinterpret_cast<const uint8_t *>(msg.data()), msg.size(), &nr),
@@ -43,7 +43,7 @@ TEST(L2tpMessages, PeerTunnelId) {
     }
     // the C API reads the probe's 256-byte receive buffer
     unsigned char buf[256] = {};
-    std::string sccrp = golden::bytes("l2tp/xl2tpd_sccrp.bin");
+    std::string sccrp = golden::data("l2tp/xl2tpd_sccrp.bin");
     memcpy(buf, sccrp.data(), sccrp.size());
     int nr = 0;
     EXPECT_EQ(util_get_sccrp_peer_tunnel_id(buf, &nr), 0xC7E2);

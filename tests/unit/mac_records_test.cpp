@@ -1,4 +1,5 @@
-// MAC records: the record operations through the C API, the records file
+// MAC records: the record operations through the C API as a table of
+// calls, the records file
 // and the MAC file on scratch paths (byte layout, wrong sizes, change-only
 // writes).  MAC text is checked against a model of its rule by the
 // mac_text fuzz target, whose seeds hold the usual and the bad forms.
@@ -14,6 +15,7 @@
 
 #include "cmdlib/internal/mac_files.h"
 #include "cmdlib/mac.h"
+#include "common/golden.h"
 
 namespace {
 
@@ -39,59 +41,41 @@ MacIPPair unit(int n, const char *lan_ip) {
     return p;
 }
 
-int add(MacControlInfo *info, int n) { return util_set_mac_info_ex(info, mac_n(n).b, nullptr, nullptr, nullptr, nullptr, nullptr); }
-
-TEST(MacRecords, RegisterUpToTwenty) {
-    auto info = records();
-    for (int i = 0; i < MAC_RECORDS_MAX; ++i) ASSERT_EQ(add(info.get(), i), 0);
-    EXPECT_EQ(add(info.get(), 5), 0);  // present: nothing changes
-    auto before = std::make_unique<MacControlInfo>(*info);
-    EXPECT_EQ(add(info.get(), 20), -1);
-    MacIPPair extra = unit(21, "10.0.0.1"), again = unit(7, "10.0.0.7");
-    EXPECT_EQ(util_set_mac_info2(info.get(), &extra), -1);
-    EXPECT_EQ(memcmp(before.get(), info.get(), sizeof *info), 0);
-    // A present unit is still replaced when the list is full.
-    EXPECT_EQ(util_set_mac_info2(info.get(), &again), 0);
-    MacIPPair got;
-    ASSERT_EQ(util_get_mac_info(info.get(), mac_n(7).b, &got), 0);
-    EXPECT_STREQ(got.AP_IPADDR, "10.0.0.7");
-    EXPECT_STREQ(got.WIFI5G_SSID[4], "ssid-7");
-}
-
-TEST(MacRecords, DeleteKeepsOrderAndLeavesTheSlot) {
-    auto info = records();
-    for (int i = 1; i <= 3; ++i) {
-        MacIPPair p = unit(i, ("192.168.0." + std::to_string(i)).c_str());
-        ASSERT_EQ(util_set_mac_info2(info.get(), &p), 0);
-    }
-    util_delete_mac_info(info.get(), mac_n(9).b);  // unknown: nothing changes
-    util_delete_mac_info(info.get(), mac_n(1).b);
-    ASSERT_EQ(info->mac_count, 2);
-    const MacIPPair *slot = info->ip_pair_info;
-    // Units 2 and 3 moved down; the vacated last slot still holds unit 3.
-    EXPECT_EQ(std::to_string(slot[0].mac.value[5]) + std::to_string(slot[1].mac.value[5]) +
-                  std::to_string(slot[2].mac.value[5]),
-              "233");
-    // The only unit deleted: a newcomer inherits its settings.
-    info->mac_count = 1;
-    util_delete_mac_info(info.get(), mac_n(2).b);
-    EXPECT_EQ(info->mac_count, 0);
-    ASSERT_EQ(add(info.get(), 4), 0);
-    MacIPPair got;
-    ASSERT_EQ(util_get_mac_info(info.get(), mac_n(4).b, &got), 0);
-    EXPECT_STREQ(got.AP_IPADDR, "192.168.0.2");
-}
-
-TEST(MacRecords, DamagedCountsStayInsideTheRecords) {
-    auto info = records();
-    info->mac_count = -3;
-    EXPECT_EQ(util_get_mac_info(info.get(), mac_n(0).b, nullptr), -1);
-    EXPECT_EQ(add(info.get(), 1), 0);
-    EXPECT_EQ(info->mac_count, 1);
-    info->mac_count = 1000;
-    memcpy(info->ip_pair_info[19].mac.value, mac_n(8).b, 6);
-    util_delete_mac_info(info.get(), mac_n(8).b);
-    EXPECT_EQ(info->mac_count, 19);
+// The record operations as a table of calls on one set of records
+// (tests/golden/mac_records): "new" starts an empty set; units are MACs
+// 02:00:00:00:00:NN with a LAN address and the SSID "ssid-NN".
+TEST(MacRecords, Golden) {
+    using golden::Args;
+    using golden::show;
+    std::shared_ptr<MacControlInfo> info = records(), saved = records();
+    golden::check("mac_records", golden::calls({
+        {"new", [info](Args &) { return memset(info.get(), 0, sizeof *info), "ok"; }},
+        {"add", [info](Args &a) {
+             int rc = util_set_mac_info_ex(info.get(), mac_n(a[0].i()).b, nullptr, nullptr, nullptr, nullptr, nullptr);
+             return show(rc, info->mac_count);
+         }},
+        {"set", [info](Args &a) {
+             MacIPPair p = unit(a[0].i(), a[1].c());
+             return show(util_set_mac_info2(info.get(), &p), info->mac_count);
+         }},
+        {"get", [info](Args &a) {
+             MacIPPair got;
+             memset(&got, 0, sizeof got);
+             int rc = util_get_mac_info(info.get(), mac_n(a[0].i()).b, a[1] == "nobuf" ? nullptr : &got);
+             return show(rc, got.AP_IPADDR, got.WIFI5G_SSID[4]);
+         }},
+        {"del", [info](Args &a) { return util_delete_mac_info(info.get(), mac_n(a[0].i()).b), show(info->mac_count); }},
+        {"count", [info](Args &a) { return info->mac_count = a[0].i(), "ok"; }},
+        {"put", [info](Args &a) { return memcpy(info->ip_pair_info[a[0].i()].mac.value, mac_n(a[1].i()).b, 6), "ok"; }},
+        // the last byte of the first slots' MACs
+        {"slots", [info](Args &a) {
+             std::string out;
+             for (int i = 0; i < a[0].i(); ++i) out += std::to_string(info->ip_pair_info[i].mac.value[5]) + " ";
+             return out;
+         }},
+        {"save", [info, saved](Args &) { return *saved = *info, "ok"; }},
+        {"unchanged", [info, saved](Args &) { return show(memcmp(saved.get(), info.get(), sizeof *info) == 0); }},
+    }));
 }
 
 // ---- Files on a scratch path --------------------------------------------------------

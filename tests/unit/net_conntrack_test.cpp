@@ -1,6 +1,6 @@
 // Connection-tracking readers: the NAT session table and the collection of
 // remote addresses that answered the WAN.  The line rules are golden cases
-// (tests/unit/golden/nat_sessions, conntrack_collector) fed line by line to
+// (tests/golden/nat_sessions, conntrack_collector) fed line by line to
 // one parser, so what carries over from line to line shows too.
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Attached-device tables: the neighbour listing, ARP rows, the pair merge,
-// leases and their join with a scan are golden cases (tests/unit/golden/
+// leases and their join with a scan are golden cases (tests/golden/
 // neigh, arp, arp_merge, hosts); PPPoE sessions, switch ports and the
 // neighbour file go through their file readers.
 #include <gtest/gtest.h>

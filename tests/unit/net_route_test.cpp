@@ -1,6 +1,6 @@
 // Interface and address helpers: the route, /proc/net/dev and resolver
 // line readers and the address arithmetic are a table of calls
-// (tests/unit/golden/route_calls); if_inet6 and the resolver packing are
+// (tests/golden/route_calls); if_inet6 and the resolver packing are
 // checked here on fixture text.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Process table: the /proc parsers on text (key-value files are golden
-// cases, tests/unit/golden/proc_status), and the matching rules and walks
+// cases, tests/golden/proc_status), and the matching rules and walks
 // over the recorded /proc of tests/fixtures/proc as a table of calls
-// (tests/unit/golden/proc_calls); the exported readers on the real /proc.
+// (tests/golden/proc_calls); the exported readers on the real /proc.
 #include <limits.h>
 #include <stdlib.h>
 #include <string.h>

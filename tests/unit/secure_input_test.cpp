@@ -1,5 +1,5 @@
 // Validators and direct execution: the validators' boundary values are a
-// table of calls (tests/unit/golden/secure_calls); programs started through
+// table of calls (tests/golden/secure_calls); programs started through
 // execute_command_using_execvp are observed through their output file and
 // exit status.
 #include <limits.h>

@@ -1,7 +1,7 @@
 // The readers behind the system record: the settings file, the version and
 // module files, meminfo, the status indication line, /proc/net/dev, the
 // radio cache, and the yes/no questions asked of a filled record.  Line
-// rules are golden cases (tests/unit/golden/settings*, version_file,
+// rules are golden cases (tests/golden/settings*, version_file,
 // module_file) rendered as the record's non-empty fields.
 #include <gtest/gtest.h>
 #include <string.h>

@@ -1,12 +1,12 @@
 // Hosts of URLs, paths beside a URL and the NTP list, over case tables
-// (tests/data/url/).  Only literal addresses and refused names here: a
+// (tests/golden/url/).  Only literal addresses and refused names here: a
 // lookup by name is a device test.
 #include <gtest/gtest.h>
 
 #include "cmdlib/cmdlib_ntp.h"
 #include "cmdlib/cmdlib_url.h"
 #include "cmdlib/internal/url_parse.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 

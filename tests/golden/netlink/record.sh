@@ -3,7 +3,7 @@
 # once inside the throwaway device, it makes the changes below and keeps
 # what iproute2's rtmon received from a real netlink socket (the messages
 # as the kernel sent them, with rtmon's time-stamp messages between them).
-#   tools/device/run-in-device --build build -- bash /src/tests/unit/netlink/record.sh /build/netlink
+#   tools/device/run-in-device --build build -- bash /src/tests/golden/netlink/record.sh /build/netlink
 # then copy the .bin files here.  "ip monitor file X.bin" shows how iproute2
 # reads each recording; the .txt goldens beside them were checked against it.
 set -eu
