@@ -18,7 +18,7 @@ fi
 pkgs=(cmake ninja-build g++ pkg-config libcjson-dev googletest libgtest-dev libgmock-dev
       libbenchmark-dev iproute2 iptables conntrack dnsmasq-base udhcpd xl2tpd arping psmisc
       procps passwd util-linux busybox net-tools
-      nettle-dev wget)
+      nettle-dev wget jq)
 missing=()
 for p in "${pkgs[@]}" "${extra[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
