@@ -61,6 +61,10 @@ has probe    && run probe dns6 fota.operator.example 2001:db8:64::53
 has lns      && run lns probe 10.64.0.1
 has url      && run url host https://admin@10.64.0.80:8443/fw/t750.bin
 has ntp      && run ntp
+# The same views for scripts: one JSON object per command (docs/cmdlibctl.md).
+has sim      && run --json sim
+has hosts    && { printf "\n\$ cmdlibctl --json hosts | jq -c \x27.hosts[] | {name, ip, online}\x27\n"
+                  "$CTL" --json hosts | jq -c ".hosts[] | {name, ip, online}"; }
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

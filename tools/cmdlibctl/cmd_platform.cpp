@@ -159,6 +159,9 @@ int run_mesh(int argc, char **) {
             cJSON *doc = cJSON_CreateObject();
             cJSON_AddBoolToObject(doc, "available", false);
             cJSON_AddStringToObject(doc, "dump", T750_MESH_DUMP_FILE);
+            cJSON_AddNullToObject(doc, "self");
+            cJSON_AddArrayToObject(doc, "controllers");
+            cJSON_AddArrayToObject(doc, "agents");
             return ctl_emit(doc, 1);
         }
         printf("no usable mesh dump at %s\n", T750_MESH_DUMP_FILE);
