@@ -50,11 +50,14 @@ TEST_F(DeviceTest, EveryCommandPrintsOneJsonObjectWithItsKeys) {
 TEST_F(DeviceTest, MonitorPrintsOneObjectPerEvent) {
     devtest::sh(ctl() + " monitor link addr --json --timeout 3 >/tmp/ctl-events.json 2>/dev/null &");
     // The monitor subscribes after it starts: change the links until it has
-    // seen a change, then let it stop after its quiet time-out.
+    // seen both the new link and its address (it may start between the
+    // two), then let it stop after its quiet time-out.
     ASSERT_TRUE(devtest::wait_until([] {
         devtest::sh("ip link add jtest0 type veth peer name jtest1 && ip addr add 10.98.0.1/24 dev jtest0 && "
                     "ip link del jtest0");
-        return devtest::read_file("/tmp/ctl-events.json").find("10.98.0.1") != std::string::npos;
+        std::string seen = devtest::read_file("/tmp/ctl-events.json");
+        return seen.find("10.98.0.1") != std::string::npos &&
+               seen.find(R"("event":"NEWLINK","dev":"jtest0")") != std::string::npos;
     }));
     ASSERT_TRUE(devtest::wait_until([] { return devtest::sh("pidof cmdlibctl >/dev/null") != 0; }, 20000));
     std::string out = devtest::read_file("/tmp/ctl-events.json");
