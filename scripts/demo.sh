@@ -72,6 +72,10 @@ has snmp     && run snmp list
 has snmp     && run snmp get RSRP
 has snmp     && run snmp set FOTASTATUS downloading
 has snmp     && run snmp --json get FOTASTATUS
+# The same views for scripts: one JSON object per command (docs/cmdlibctl.md).
+has sim      && run --json sim
+has hosts    && { printf "\n\$ cmdlibctl --json hosts | jq -c \x27.hosts[] | {name, ip, online}\x27\n"
+                  "$CTL" --json hosts | jq -c ".hosts[] | {name, ip, online}"; }
 printf "\n== firmware tools the library called ==\n"
 cat /var/lib/device/calls.log
 ' demo "$CTL"

@@ -18,7 +18,7 @@ fi
 pkgs=(cmake ninja-build g++ pkg-config libcjson-dev googletest libgtest-dev libgmock-dev
       libbenchmark-dev iproute2 iptables conntrack dnsmasq-base udhcpd xl2tpd arping psmisc
       procps passwd util-linux busybox net-tools
-      nettle-dev wget)
+      nettle-dev wget jq)
 # The real SNMP agent and manager that serve and read the SNMP parameters.
 pkgs+=(snmpd snmp)
 missing=()

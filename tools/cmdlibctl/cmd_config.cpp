@@ -12,6 +12,12 @@ int config_get(int argc, char **argv) {
     if (argc < 2 || argc > 3) return ctl_usage("config");
     char value[CONFIG_VALUE_SIZE];
     util_get_only_one_config(argc == 3 ? argv[2] : CMDLIB_SYSTEM_CONFIG_FILE, argv[1], value);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "key", argv[1]);
+        ctl_add_text(doc, "value", value);
+        return ctl_emit(doc, value[0] ? 0 : 1);
+    }
     // Assignments without a value are never stored: "" means not set.
     if (!value[0]) {
         fprintf(stderr, "cmdlibctl: %s is not set\n", argv[1]);
@@ -30,6 +36,13 @@ int config_dump(int argc, char **argv) {
         fprintf(stderr, "cmdlibctl: cannot read %s\n", file);
         return 1;
     }
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "file", file);
+        cJSON *settings = cJSON_AddObjectToObject(doc, "settings");
+        for (int i = 0; i < n; ++i) cJSON_AddStringToObject(settings, pairs[i].key, pairs[i].value);
+        return ctl_emit(doc, 0);
+    }
     for (int i = 0; i < n; ++i) printf("%s=%s\n", pairs[i].key, pairs[i].value);
     return 0;
 }
@@ -38,6 +51,13 @@ int config_check(int argc, char **argv) {
     if (argc < 2 || argc > 3) return ctl_usage("config");
     // The check prints its own message on failure.
     int rc = util_check_if_config_file_is_valid(argv[1], argc == 3 ? argv[2] : nullptr, 1);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "file", argv[1]);
+        cJSON_AddBoolToObject(doc, "valid", rc == 0);
+        cJSON_AddNumberToObject(doc, "result", rc);
+        return ctl_emit(doc, rc);
+    }
     if (rc == 0) printf("valid\n");
     return rc;
 }
@@ -45,7 +65,14 @@ int config_check(int argc, char **argv) {
 int config_changed(int argc, char **argv) {
     bool apply = argc == 2 && strcmp(argv[1], "--apply") == 0;
     if (argc > 2 || (argc == 2 && !apply)) return ctl_usage("config");
-    printf("%s\n", util_check_if_config_file_work(apply ? 1 : 0) == 0 ? "unchanged" : "changed");
+    bool changed = util_check_if_config_file_work(apply ? 1 : 0) != 0;
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddBoolToObject(doc, "changed", changed);
+        cJSON_AddBoolToObject(doc, "applied", apply);
+        return ctl_emit(doc, 0);
+    }
+    printf("%s\n", changed ? "changed" : "unchanged");
     return 0;
 }
 

@@ -26,7 +26,14 @@ struct DhcpLeases {
 
 void gather_conf(DhcpConf *c) { c->present = cmd_cat(kConfFile, c->text, sizeof c->text) == 0; }
 
-int print_conf(const DhcpConf &c) {
+int print_conf(const DhcpConf &c, bool restarted) {
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddBoolToObject(doc, "restarted", restarted);
+        cJSON_AddStringToObject(doc, "path", kConfFile);
+        ctl_add_text(doc, "text", c.present ? c.text : "");
+        return ctl_emit(doc, c.present ? 0 : 1);
+    }
     if (!c.present) {
         fprintf(stderr, "cmdlibctl: %s is missing (no restart yet)\n", kConfFile);
         return 1;
@@ -51,6 +58,20 @@ void gather_leases(DhcpLeases *l) {
 }
 
 int print_leases(const DhcpLeases &l) {
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON *list = cJSON_AddArrayToObject(doc, "leases");
+        for (int i = 0; i < l.count; ++i) {
+            const DHCPClientInfo &c = l.clients[i];
+            cJSON *o = cJSON_CreateObject();
+            ctl_add_text(o, "mac", c.mac, sizeof c.mac);
+            ctl_add_text(o, "ip", c.ip, sizeof c.ip);
+            ctl_add_text(o, "name", c.hostname, sizeof c.hostname);
+            cJSON_AddNumberToObject(o, "expires", c.expires);
+            cJSON_AddItemToArray(list, o);
+        }
+        return ctl_emit(doc, 0);
+    }
     printf("%-17s %-15s %-20s %8s\n", "MAC", "IP", "NAME", "LEFT");
     for (int i = 0; i < l.count; ++i) {
         const DHCPClientInfo &c = l.clients[i];
@@ -63,10 +84,11 @@ int cmd_dhcp(int argc, char **argv) {
     if (argc != 2) return ctl_usage(argv[0]);
     const char *sub = argv[1];
     if (strcmp(sub, "conf") == 0 || strcmp(sub, "restart") == 0) {
-        if (strcmp(sub, "restart") == 0) restart_from_running_configuration();
+        bool restart = strcmp(sub, "restart") == 0;
+        if (restart) restart_from_running_configuration();
         static DhcpConf conf;
         gather_conf(&conf);
-        return print_conf(conf);
+        return print_conf(conf, restart);
     }
     if (strcmp(sub, "leases") == 0) {
         static DhcpLeases leases;

@@ -26,6 +26,19 @@ void default_servers(CmdlibDnsQueryInfo *q) {
 }
 
 int print_resolve(const ResolveView &v) {
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "name", v.query.url);
+        cJSON *servers = cJSON_AddArrayToObject(doc, "servers");
+        for (const auto &s : v.query.dns) cJSON_AddItemToArray(servers, s[0] ? cJSON_CreateString(s) : cJSON_CreateNull());
+        ctl_add_text(doc, "dev", v.query.iface);
+        ctl_add_text(doc, "src", v.query.wan_ip);
+        cJSON_AddNumberToObject(doc, "result", v.result);
+        cJSON *addresses = cJSON_AddArrayToObject(doc, "addresses");
+        for (const auto &ip : v.answer.ip)
+            if (ip[0]) cJSON_AddItemToArray(addresses, cJSON_CreateString(ip));
+        return ctl_emit(doc, v.result == 0 ? 0 : 1);
+    }
     printf("name    %s\n", v.query.url);
     printf("servers %s %s\n", v.query.dns[0][0] ? v.query.dns[0] : "-", v.query.dns[1][0] ? v.query.dns[1] : "-");
     printf("from    dev %s src %s\n", v.query.iface[0] ? v.query.iface : "any", v.query.wan_ip[0] ? v.query.wan_ip : "any");
@@ -75,6 +88,15 @@ int run_probe(int argc, char **argv) {
     v.socket_ok = fd >= 0;
     if (v.socket_ok) v.result = v4 ? get_host_by_name_v4(argv[2], argv[3], fd) : get_host_by_name_v6(argv[2], argv[3], fd);
     socket_close(fd);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "family", argv[1]);
+        cJSON_AddStringToObject(doc, "name", argv[2]);
+        cJSON_AddStringToObject(doc, "server", argv[3]);
+        cJSON_AddBoolToObject(doc, "socket", v.socket_ok != 0);
+        cJSON_AddBoolToObject(doc, "answered", v.result == 0);
+        return ctl_emit(doc, v.result == 0 ? 0 : 1);
+    }
     printf("%s %s via %s: %s\n", argv[1], argv[2], argv[3],
            !v.socket_ok ? "no socket" : v.result == 0 ? "answered" : "no answer");
     return v.result == 0 ? 0 : 1;

@@ -19,9 +19,15 @@ struct Ipv6DnsView {
     char resolver[4096], list[256], comma[256];
 };
 
-void print_eui64(const EUI64 &e) {
-    printf("%02x%02x:%02x%02x:%02x%02x:%02x%02x\n", e.value[0], e.value[1], e.value[2], e.value[3], e.value[4],
-           e.value[5], e.value[6], e.value[7]);
+int print_eui64(const char *mac, const EUI64 &e) {
+    char text[20];
+    snprintf(text, sizeof text, "%02x%02x:%02x%02x:%02x%02x:%02x%02x", e.value[0], e.value[1], e.value[2],
+             e.value[3], e.value[4], e.value[5], e.value[6], e.value[7]);
+    if (!ctl_json()) return printf("%s\n", text), 0;
+    cJSON *doc = cJSON_CreateObject();
+    cJSON_AddStringToObject(doc, "mac", mac);
+    cJSON_AddStringToObject(doc, "eui64", text);
+    return ctl_emit(doc, 0);
 }
 
 void gather_addresses(const char *dev, Ipv6Addresses *a) {
@@ -43,8 +49,7 @@ int cmd_ipv6(int argc, char **argv) {
         util_get_mac(argv[2], mac.value);
         EUI64 eui;
         util_calc_eui64(&mac, &eui);
-        print_eui64(eui);
-        return 0;
+        return print_eui64(argv[2], eui);
     }
     if (strcmp(sub, "addr") == 0 && argc == 4) {
         // The device's own EUI-64 as interface identifier.
@@ -57,6 +62,14 @@ int cmd_ipv6(int argc, char **argv) {
         config_ipv6_addr(argv[2], &eui, argv[3], 0);
         Ipv6Addresses a;
         gather_addresses(argv[3], &a);
+        if (ctl_json()) {
+            cJSON *doc = cJSON_CreateObject();
+            cJSON_AddStringToObject(doc, "prefix", argv[2]);
+            cJSON_AddStringToObject(doc, "dev", argv[3]);
+            ctl_add_text(doc, "address", a.device);
+            ctl_add_text(doc, "bridge_address", a.bridge);
+            return ctl_emit(doc, 0);
+        }
         printf("%-6s %s/128\nbr0    %s/64\n", argv[3], a.device, a.bridge);
         return 0;
     }
@@ -64,6 +77,13 @@ int cmd_ipv6(int argc, char **argv) {
         config_ipv6_dns_server_address(argv[2], argc == 4 ? argv[3] : "", argc - 2, 0);
         static Ipv6DnsView v;
         gather_dns(&v);
+        if (ctl_json()) {
+            cJSON *doc = cJSON_CreateObject();
+            ctl_add_text(doc, "resolv_conf", v.resolver);
+            ctl_add_text(doc, "list", v.list);
+            ctl_add_text(doc, "comma", v.comma);
+            return ctl_emit(doc, 0);
+        }
         printf("resolv.conf:\n%slist: %s\ncomma: %s\n", v.resolver, v.list, v.comma);
         return 0;
     }

@@ -6,6 +6,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <string>
+
 #include "cmdlib/mac.h"
 #include "cmdlib/network.h"
 #include "cmdlibctl.h"
@@ -38,7 +40,35 @@ struct MacListView {
     MacIPPair units[MAC_RECORDS_MAX];
 };
 
+// Every field of a unit, empty ones as null, five-slot fields as arrays:
+// the same object for list, get and set.
+cJSON *unit_json(const MacIPPair &u) {
+    cJSON *o = cJSON_CreateObject();
+    char mac[18];
+    util_network_get_mac_string(const_cast<unsigned char *>(u.mac.value), mac, sizeof mac);
+    cJSON_AddStringToObject(o, "mac", mac);
+    for (const FieldRef &f : kFields) {
+        if (f.count == 1) {
+            ctl_add_text(o, f.name, field_text(u, f, 0), f.width);
+            continue;
+        }
+        cJSON *slots = cJSON_AddArrayToObject(o, f.name);
+        for (size_t i = 0; i < f.count; ++i) {
+            const char *text = field_text(u, f, i);
+            size_t n = strnlen(text, f.width);
+            cJSON_AddItemToArray(slots, n ? cJSON_CreateString(std::string(text, n).c_str()) : cJSON_CreateNull());
+        }
+    }
+    return o;
+}
+
 int print_list(const MacListView &v) {
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON *units = cJSON_AddArrayToObject(doc, "units");
+        for (int i = 0; i < v.count; ++i) cJSON_AddItemToArray(units, unit_json(v.units[i]));
+        return ctl_emit(doc, 0);
+    }
     printf("%-17s %-15s %-20s %-20s %s\n", "MAC", "LAN", "SSID 2.4G", "SSID 5G", "FIRMWARE");
     for (int i = 0; i < v.count; ++i) {
         const MacIPPair &u = v.units[i];
@@ -51,6 +81,11 @@ int print_list(const MacListView &v) {
 }
 
 int print_unit(const MacIPPair &u) {
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddItemToObject(doc, "unit", unit_json(u));
+        return ctl_emit(doc, 0);
+    }
     char mac[18];
     util_network_get_mac_string(const_cast<unsigned char *>(u.mac.value), mac, sizeof mac);
     printf("mac=%s\n", mac);
@@ -129,6 +164,11 @@ int cmd_mac(int argc, char **argv) {
     if (strcmp(sub, "del") == 0 && argc == 3) {
         util_delete_mac_info(&info, mac);
         util_save_mac_control_info(&info, 1);
+        if (ctl_json()) {
+            cJSON *doc = cJSON_CreateObject();
+            cJSON_AddStringToObject(doc, "deleted", argv[2]);
+            return ctl_emit(doc, 0);
+        }
         return 0;
     }
     return ctl_usage(argv[0]);

@@ -23,7 +23,25 @@ const char *event_word(NetlinkEvent e) {
 
 const char *family_word(IPAddressType t) { return t == IP_ADDRESS_TYPE_IPV4 ? "inet" : "inet6"; }
 
+// With --json each event is one object on its own line (JSON Lines), so a
+// reader of the pipe can parse line by line while the monitor runs.
+cJSON *event_json(const char *type, NetlinkEvent e, const char *dev) {
+    cJSON *o = cJSON_CreateObject();
+    cJSON_AddStringToObject(o, "type", type);
+    cJSON_AddStringToObject(o, "event", event_word(e));
+    if (dev) ctl_add_text(o, "dev", dev);  // routes carry no device
+    return o;
+}
+
 int print_link(NetlinkLinkEventData *d) {
+    if (ctl_json()) {
+        cJSON *o = event_json("link", d->event, d->interface_name);
+        ctl_add_text(o, "mac", d->mac_addr);
+        cJSON_AddNumberToObject(o, "mtu", d->mtu);
+        cJSON_AddBoolToObject(o, "up", d->interface_up != 0);
+        cJSON_AddBoolToObject(o, "running", d->interface_running != 0);
+        return ctl_emit(o, 0);
+    }
     printf("link  %-9s %s", event_word(d->event), d->interface_name[0] ? d->interface_name : "-");
     if (d->mac_addr[0]) printf(" link/ether %s", d->mac_addr);
     if (d->mtu) printf(" mtu %u", d->mtu);
@@ -35,6 +53,13 @@ int print_link(NetlinkLinkEventData *d) {
 }
 
 int print_addr(NetlinkIPAddrEventData *d) {
+    if (ctl_json()) {
+        cJSON *o = event_json("addr", d->event, d->interface_name);
+        cJSON_AddStringToObject(o, "family", family_word(d->address_type));
+        ctl_add_text(o, "address", d->ip_address);
+        cJSON_AddNumberToObject(o, "prefix_len", d->prefix_len);
+        return ctl_emit(o, 0);
+    }
     printf("addr  %-9s %s %s %s/%d\n", event_word(d->event),
            d->interface_name[0] ? d->interface_name : "-", family_word(d->address_type),
            d->ip_address, d->prefix_len);
@@ -43,6 +68,16 @@ int print_addr(NetlinkIPAddrEventData *d) {
 }
 
 int print_route(NetlinkRouteEventData *d) {
+    if (ctl_json()) {
+        cJSON *o = event_json("route", d->event, nullptr);
+        cJSON_AddStringToObject(o, "family", family_word(d->address_type));
+        ctl_add_text(o, "dest", d->dest_addr);  // null: the default route
+        cJSON_AddNumberToObject(o, "dst_len", d->dst_len);
+        ctl_add_text(o, "src", d->src_addr);
+        cJSON_AddNumberToObject(o, "src_len", d->src_len);
+        ctl_add_text(o, "gateway", d->gateway);
+        return ctl_emit(o, 0);
+    }
     printf("route %-9s %s ", event_word(d->event), family_word(d->address_type));
     if (d->dest_addr[0])
         printf("%s/%d", d->dest_addr, d->dst_len);

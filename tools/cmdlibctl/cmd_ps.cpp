@@ -24,6 +24,17 @@ int run_ps(int argc, char **argv) {
     char pid_value[16] = "";
     int r = cmd_ps_is_one_program_running_ex(argv[1], match.empty() ? nullptr : match.data(),
                                              static_cast<int>(match.size()), pid_value);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "name", argv[1]);
+        ctl_add_strings(doc, "match", argv + 2, argc - 2);
+        cJSON_AddBoolToObject(doc, "running", r != 0);
+        if (r != 0)
+            cJSON_AddNumberToObject(doc, "pid", r >> 8);
+        else
+            cJSON_AddNullToObject(doc, "pid");
+        return ctl_emit(doc, r != 0 ? 0 : 1);
+    }
     if (r == 0) {
         printf("%s: not running\n", argv[1]);
         return 1;
@@ -36,7 +47,26 @@ int run_ps(int argc, char **argv) {
 int run_usb(int argc, char **argv) {
     if (argc != 2 || strcmp(argv[1], "ports") != 0) return ctl_usage("usb");
     UsbSerialTable table;
-    if (util_get_available_usb_ports(&table) != 0) {
+    bool found = util_get_available_usb_ports(&table) == 0;
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        if (found) {
+            const UsbPair &modem = matched_usb_pairs[matched_device_index];
+            char id[8];
+            cJSON *m = cJSON_AddObjectToObject(doc, "modem");
+            snprintf(id, sizeof id, "%04x", static_cast<unsigned>(modem.vendor_id));
+            cJSON_AddStringToObject(m, "vendor_id", id);
+            snprintf(id, sizeof id, "%04x", static_cast<unsigned>(modem.product_id));
+            cJSON_AddStringToObject(m, "product_id", id);
+        } else {
+            cJSON_AddNullToObject(doc, "modem");
+        }
+        cJSON *ports = cJSON_AddArrayToObject(doc, "ports");
+        for (int i = 0; found && i < table.count; ++i)
+            cJSON_AddItemToArray(ports, cJSON_CreateString(table.table[i].port_name));
+        return ctl_emit(doc, found ? 0 : 1);
+    }
+    if (!found) {
         printf("no supported modem or no serial port\n");
         return 1;
     }

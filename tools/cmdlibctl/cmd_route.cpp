@@ -162,7 +162,36 @@ void check_routes(RouteReport *r) {
     if (!path.empty()) cmd_rm(path.c_str());
 }
 
-void print_routes(const char *title, const RouteReport &r) {
+const char *state_word(unsigned content, int matches) {
+    return content == 0 ? "disabled" : matches ? "found" : "missing";
+}
+
+// The fields of the table KEYS of a record, null where empty.
+template <size_t N, class Record>
+cJSON *fields_json(const Record &rec, const Key (&keys)[N], unsigned only) {
+    cJSON *o = cJSON_CreateObject();
+    for (const Key &k : keys)
+        if (only == 0 || (only & k.bit))
+            ctl_add_text(o, k.name, reinterpret_cast<const char *>(&rec) + k.offset, k.width);
+    return o;
+}
+
+// {"listed": bool, "checkers": [{"state", "fields"}]} under KEY of DOC.
+void routes_json(cJSON *doc, const char *key, const RouteReport &r) {
+    cJSON *o = cJSON_AddObjectToObject(doc, key);
+    cJSON_AddBoolToObject(o, "listed", r.listed);
+    cJSON *list = cJSON_AddArrayToObject(o, "checkers");
+    for (int i = 0; r.listed && i < r.count; ++i) {
+        const RouteEntryChecker &c = r.checkers[i];
+        cJSON *item = cJSON_CreateObject();
+        cJSON_AddStringToObject(item, "state", state_word(c.check_content, c.match_count));
+        cJSON_AddItemToObject(item, "fields", fields_json(c, kRouteKeys, 0));
+        cJSON_AddItemToArray(list, item);
+    }
+}
+
+void print_routes(const char *title, const RouteReport &r, cJSON *doc) {
+    if (doc) return routes_json(doc, title[0] == 'b' ? "before" : "after", r);
     printf("%s\n", title);
     if (!r.listed) {
         printf("  (route -n failed)\n");
@@ -170,10 +199,7 @@ void print_routes(const char *title, const RouteReport &r) {
     }
     for (int i = 0; i < r.count; ++i) {
         const RouteEntryChecker &c = r.checkers[i];
-        printf("  %-8s dest %-15s gw %-15s mask %-15s dev %s\n",
-               c.check_content == 0 ? "disabled"
-               : c.match_count      ? "found"
-                                    : "missing",
+        printf("  %-8s dest %-15s gw %-15s mask %-15s dev %s\n", state_word(c.check_content, c.match_count),
                c.dest_IP, c.gateway, c.netmask, c.interface);
     }
 }
@@ -186,13 +212,14 @@ int cmd_route(int argc, char **argv) {
         read_checkers<4, RouteEntryChecker>(argv[2], kRouteKeys, report.checkers, nullptr);
     if (report.count < 0) return 1;
     check_routes(&report);
-    print_routes("before:", report);
+    cJSON *doc = ctl_json() ? cJSON_CreateObject() : nullptr;
+    print_routes("before:", report, doc);
     if (strcmp(argv[1], "fix") == 0 && report.listed) {
         util_route_fix_route_entry(report.checkers, report.count);
         check_routes(&report);
-        print_routes("after fix:", report);
+        print_routes("after fix:", report, doc);
     }
-    return report.listed ? 0 : 1;
+    return doc ? ctl_emit(doc, report.listed ? 0 : 1) : report.listed ? 0 : 1;
 }
 
 // ---- nat -----------------------------------------------------------------------
@@ -231,14 +258,36 @@ void check_rules(NatReport *r) {
     }
 }
 
-void print_rules(const char *title, const NatReport &r) {
+// {"failed_listings": [...], "checkers": [{"state", "matches", "listing",
+// "must_go", "append", "fields"}]} under KEY of DOC.
+void rules_json(cJSON *doc, const char *key, const NatReport &r) {
+    cJSON *o = cJSON_AddObjectToObject(doc, key);
+    cJSON *failed = cJSON_AddArrayToObject(o, "failed_listings");
+    for (int l = 0; l < 4; ++l)
+        if (r.result[l] == -1) cJSON_AddItemToArray(failed, cJSON_CreateString(kRuleListings[l]));
+    cJSON *list = cJSON_AddArrayToObject(o, "checkers");
+    for (int i = 0; i < r.count; ++i) {
+        const NATEntryChecker &c = r.checkers[i];
+        cJSON *item = cJSON_CreateObject();
+        cJSON_AddStringToObject(item, "state", state_word(c.check_content, c.match_count));
+        cJSON_AddNumberToObject(item, "matches", c.match_count);
+        cJSON_AddStringToObject(item, "listing", kRuleListings[listing_of(c)]);
+        cJSON_AddBoolToObject(item, "must_go", (c.match_flags & NAT_MATCH_DELETE) != 0);
+        cJSON_AddBoolToObject(item, "append", c.append_item != 0);
+        cJSON_AddItemToObject(item, "fields", fields_json(c, kNatKeys, c.check_content ? c.check_content : ~0u));
+        cJSON_AddItemToArray(list, item);
+    }
+}
+
+void print_rules(const char *title, const NatReport &r, cJSON *doc) {
+    if (doc) return rules_json(doc, title[0] == 'b' ? "before" : "after", r);
     printf("%s\n", title);
     for (int l = 0; l < 4; ++l)
         if (r.result[l] == -1)
             printf("  (%s failed or listed fewer than 3 rules)\n", kRuleListings[l]);
     for (int i = 0; i < r.count; ++i) {
         const NATEntryChecker &c = r.checkers[i];
-        const char *state = c.check_content == 0 ? "disabled" : c.match_count ? "found" : "missing";
+        const char *state = state_word(c.check_content, c.match_count);
         printf("  %-8s x%d  %s%s", state, c.match_count, kRuleListings[listing_of(c)],
                (c.match_flags & NAT_MATCH_DELETE) ? " (must go)" : "");
         for (const Key &k : kNatKeys)
@@ -253,15 +302,17 @@ int cmd_nat_rules(char **argv) {
     report.count = read_checkers<12, NATEntryChecker>(argv[2], kNatKeys, report.checkers, nat_flag);
     if (report.count < 0) return 1;
     check_rules(&report);
-    print_rules("before:", report);
+    cJSON *doc = ctl_json() ? cJSON_CreateObject() : nullptr;
+    print_rules("before:", report, doc);
     if (strcmp(argv[1], "fix") == 0) {
         util_nat_fix_nat_entry(report.checkers, report.count);
         check_rules(&report);
-        print_rules("after fix:", report);
+        print_rules("after fix:", report, doc);
     }
+    int rc = 0;
     for (int r : report.result)
-        if (r == -1) return 1;
-    return 0;
+        if (r == -1) rc = 1;
+    return doc ? ctl_emit(doc, rc) : rc;
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <string.h>
 #include <strings.h>
 
+#include <string>
+
 #include "cmdlib/cmdlib.h"
 #include "cmdlib/cmdlib_features.h"
 #include "cmdlib/cmdlib_platform_fibocom_t750.h"
@@ -64,6 +66,30 @@ void print_record(const InfoStruct &info) {
     }
 }
 
+// The same fields as an object {name: value}, and the names read from the
+// settings file as a list.
+void add_record(cJSON *doc, const InfoStruct &info) {
+    cJSON *record = cJSON_AddObjectToObject(doc, "record");
+    cJSON *from_settings = cJSON_AddArrayToObject(doc, "from_settings");
+    for (const FieldView &f : kFields) {
+        const char *v = reinterpret_cast<const char *>(&info) + f.offset;
+        size_t n = strnlen(v, f.width);
+        if (n == 0 && !defined(info, f.bit)) continue;
+        cJSON_AddItemToObject(record, f.name, cJSON_CreateString(std::string(v, n).c_str()));
+        if (defined(info, f.bit)) cJSON_AddItemToArray(from_settings, cJSON_CreateString(f.name));
+    }
+}
+
+// "12345 kB" -> 12345; null when the figure is missing.
+void add_kb(cJSON *doc, const char *key, const char *text) {
+    char *end = nullptr;
+    long kb = strtol(text, &end, 10);
+    if (end == text)
+        cJSON_AddNullToObject(doc, key);
+    else
+        cJSON_AddNumberToObject(doc, key, static_cast<double>(kb));
+}
+
 int cmd_sysinfo(int argc, char **argv) {
     if (argc > 2) return ctl_usage(argv[0]);
     static InfoStruct info;
@@ -73,17 +99,34 @@ int cmd_sysinfo(int argc, char **argv) {
     if (argc == 2 && util_read_version_info(argv[1], &info) != 0)
         fprintf(stderr, "cmdlibctl: cannot read %s\n", argv[1]);
     if (!util_load_module_info(&info)) fprintf(stderr, "cmdlibctl: no module information\n");
-    print_record(info);
-
     int ind[10];
-    if (util_read_status_ind(&ind[0], &ind[1], &ind[2], &ind[3], &ind[4], &ind[5], &ind[6],
-                             &ind[7], &ind[8], &ind[9]) == 0)
+    bool have_status = util_read_status_ind(&ind[0], &ind[1], &ind[2], &ind[3], &ind[4], &ind[5], &ind[6],
+                                            &ind[7], &ind[8], &ind[9]) == 0;
+    char uptime[UTIL_UPTIME_TEXT_SIZE], total[UTIL_MEMINFO_TEXT_SIZE] = "", freeb[UTIL_MEMINFO_TEXT_SIZE] = "";
+    util_read_system_uptime(uptime);
+    util_read_meminfo(total, freeb);
+    if (ctl_json()) {
+        static constexpr const char *kStatusNames[10] = {"sim", "pin", "puk", "signal", "sms",
+                                                         "reg", "greg", "ereg", "act", "data"};
+        cJSON *doc = cJSON_CreateObject();
+        add_record(doc, info);
+        cJSON *status = have_status ? cJSON_AddObjectToObject(doc, "status") : cJSON_AddNullToObject(doc, "status");
+        for (int i = 0; have_status && i < 10; ++i) cJSON_AddNumberToObject(status, kStatusNames[i], ind[i]);
+        char *end = nullptr;
+        double seconds = strtod(uptime, &end);
+        if (end == uptime)
+            cJSON_AddNullToObject(doc, "uptime_s");
+        else
+            cJSON_AddNumberToObject(doc, "uptime_s", seconds);
+        add_kb(doc, "memory_total_kb", total);
+        add_kb(doc, "memory_free_kb", freeb);
+        return ctl_emit(doc, 0);
+    }
+    print_record(info);
+    if (have_status)
         printf("[13] Status: sim=%d pin=%d puk=%d signal=%d sms=%d reg=%d greg=%d ereg=%d act=%d "
                "data=%d\n",
                ind[0], ind[1], ind[2], ind[3], ind[4], ind[5], ind[6], ind[7], ind[8], ind[9]);
-    char uptime[UTIL_UPTIME_TEXT_SIZE], total[UTIL_MEMINFO_TEXT_SIZE], freeb[UTIL_MEMINFO_TEXT_SIZE];
-    util_read_system_uptime(uptime);
-    util_read_meminfo(total, freeb);
     printf("uptime %s s, memory %s total, %s free\n", uptime, total, freeb);
     return 0;
 }
@@ -92,6 +135,18 @@ int cmd_features(int argc, char **argv) {
     if (argc != 1) return ctl_usage(argv[0]);
     char text[SYSTEM_FEATURES_TEXT_SIZE];
     util_get_system_features(text);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "feature_set", text);
+        cJSON *features = cJSON_AddObjectToObject(doc, "features");
+#define CTL_JSON_FEATURE(bit, name, inverted) cJSON_AddBoolToObject(features, #name, name() != 0);
+        CMDLIB_SYSTEM_FEATURES(CTL_JSON_FEATURE)
+#undef CTL_JSON_FEATURE
+        cJSON_AddBoolToObject(features, "util_does_system_support_https", util_does_system_support_https() != 0);
+        cJSON_AddBoolToObject(doc, "wifi", util_has_wifi_for_this_device() != 0);
+        cJSON_AddBoolToObject(doc, "clat", util_is_clat_supported() != 0);
+        return ctl_emit(doc, 0);
+    }
     printf("feature set %s\n", text);
 #define CTL_PRINT_FEATURE(bit, name, inverted) printf("%2d %d %s\n", bit, name(), #name);
     CMDLIB_SYSTEM_FEATURES(CTL_PRINT_FEATURE)
@@ -111,6 +166,14 @@ int cmd_log(int argc, char **argv) {
     util_recreate_debug_flag_files(argv[2]);
     int count = 0;
     const LogConfigInfo *rows = util_get_log_config_info(&count);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON *flags = cJSON_AddObjectToObject(doc, "flags");
+        for (int i = 0; i < count; ++i)
+            cJSON_AddBoolToObject(flags, rows[i].application_name,
+                                  util_should_debug_log_info(rows[i].flag_file_name) != 0);
+        return ctl_emit(doc, 0);
+    }
     for (int i = 0; i < count; ++i)
         printf("%-12s %s\n", rows[i].application_name,
                util_should_debug_log_info(rows[i].flag_file_name) ? "on" : "off");

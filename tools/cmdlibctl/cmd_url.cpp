@@ -16,6 +16,12 @@ int run_url(int argc, char **argv) {
         int result;
     } v = {"", -1};
     v.result = util_get_host_ip_from_url(argv[2], v.ip);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        cJSON_AddStringToObject(doc, "url", argv[2]);
+        ctl_add_text(doc, "ip", v.result == 0 ? v.ip : "");
+        return ctl_emit(doc, v.result == 0 ? 0 : 1);
+    }
     printf("%s\n", v.result == 0 ? v.ip : "no IPv4 address");
     return v.result == 0 ? 0 : 1;
 }
@@ -28,6 +34,11 @@ int run_ntp(int argc, char **argv) {
         int count;
     } v = {};
     v.count = util_get_used_ntp_servers(v.servers, UTIL_NTP_SERVER_COUNT);
+    if (ctl_json()) {
+        cJSON *doc = cJSON_CreateObject();
+        ctl_add_strings(doc, "servers", v.servers, v.count);
+        return ctl_emit(doc, 0);
+    }
     for (int i = 0; i < v.count; ++i) printf("%d %s\n", i + 1, v.servers[i]);
     return 0;
 }
