@@ -1,13 +1,13 @@
 // cmdlibctl --json on the demo router: every command's standard output is
 // exactly one line holding one JSON object, which cJSON parses and which
-// satisfies the command's jq filter (rows of tests/data/cmdlibctl/json.tsv);
+// satisfies the command's jq filter (rows of tests/golden/cmdlibctl/json.tsv);
 // the monitor prints one such object per event (JSON Lines).
 #include <cjson/cJSON.h>
 
 #include <string>
 
 #include "device.h"
-#include "golden.h"
+#include "common/golden.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The shell's view of the library: the record's configuration as export
-// lines, and the macro file the scripts source.  "--json" after the
-// command name prints one JSON object instead.
+// lines, and the macro file the scripts source.  With "--json" each prints
+// one JSON object instead.
 #include <stdio.h>
 #include <string.h>
 
@@ -15,27 +15,6 @@
 #include "cmdlibctl.h"
 
 namespace {
-
-// Takes "--json" when it follows the command name.
-bool take_json_flag(int *argc, char ***argv) {
-    if (*argc < 2 || strcmp((*argv)[1], "--json") != 0) return false;
-    (*argv)[1] = (*argv)[0];
-    --*argc;
-    ++*argv;
-    return true;
-}
-
-int print_json(cJSON *obj) {
-    char *text = obj ? cJSON_PrintUnformatted(obj) : nullptr;
-    cJSON_Delete(obj);
-    if (!text) {
-        fprintf(stderr, "cmdlibctl: out of memory\n");
-        return 1;
-    }
-    puts(text);
-    cJSON_free(text);
-    return 0;
-}
 
 // The variables the export sets, in its order, as one object.
 cJSON *export_json(InfoStruct *info) {
@@ -55,7 +34,7 @@ cJSON *export_json(InfoStruct *info) {
 // export [--json] [SETTINGS_FILE]: the record as the settings reader fills
 // it from the settings file (the running configuration by default).
 int cmd_export(int argc, char **argv) {
-    bool json = take_json_flag(&argc, &argv);
+    const bool json = ctl_json();
     if (argc > 2) return ctl_usage(argv[0]);
     const char *settings = argc == 2 ? argv[1] : SYSTEM_SETTINGS_FILE;
     static InfoStruct info;
@@ -64,7 +43,7 @@ int cmd_export(int argc, char **argv) {
         fprintf(stderr, "cmdlibctl: cannot read %s\n", settings);
         return 1;
     }
-    if (json) return print_json(export_json(&info));
+    if (json) return ctl_emit(export_json(&info), 0);
     util_export_config_info(&info);
     putchar('\n');  // the export ends without one
     return 0;
@@ -93,7 +72,7 @@ cJSON *macros_json(const char *path) {
 
 // macros [--json] [FILE]: writes the macro file and shows it.
 int cmd_macros(int argc, char **argv) {
-    bool json = take_json_flag(&argc, &argv);
+    const bool json = ctl_json();
     if (argc > 2) return ctl_usage(argv[0]);
     const char *path = argc == 2 && *argv[1] ? argv[1] : ALL_MACRO_EXPORT_DEFINITION_FILE;
     util_export_all_macro_definitions_to_file(path);
@@ -103,7 +82,7 @@ int cmd_macros(int argc, char **argv) {
             fprintf(stderr, "cmdlibctl: cannot write %s\n", path);
             return 1;
         }
-        return print_json(obj);
+        return ctl_emit(obj, 0);
     }
     cmdlib::UniqueFile fp(fopen(path, "r"));
     if (!fp) {

@@ -169,10 +169,7 @@ void print_json(const FrontRow &row, const Result &r, const Args &a) {
         else
             cJSON_AddItemToArray(outs, cJSON_Duplicate(out.json, 1));
     }
-    char *text = cJSON_PrintUnformatted(o);
-    printf("%s\n", text ? text : "{}");
-    cJSON_free(text);
-    cJSON_Delete(o);
+    ctl_emit(o, 0);
 }
 
 void print_text(const FrontRow &row, const Result &r, const Args &a) {
@@ -195,10 +192,10 @@ void print_text(const FrontRow &row, const Result &r, const Args &a) {
     }
 }
 
-// front [--json] NAME [ARGS...] | front list
+// front NAME [ARGS...] | front list
 int run_front(int argc, char **argv) {
-    bool json = argc > 1 && strcmp(argv[1], "--json") == 0;
-    int first = json ? 2 : 1;
+    const bool json = ctl_json();
+    const int first = 1;
     if (argc <= first) return ctl_usage("front");
     if (strcmp(argv[first], "list") == 0 && argc == first + 1) {
         for (const FrontRow &row : kFront) printf("%-50s %s\n", row.name, row.kind);
@@ -217,4 +214,4 @@ int run_front(int argc, char **argv) {
 
 }  // namespace
 
-CMDLIBCTL_COMMAND("front", "[--json] NAME [ARGS...] | list", run_front);
+CMDLIBCTL_COMMAND("front", "NAME [ARGS...] | list", run_front);

@@ -42,13 +42,6 @@ void fill_radio_fields(InfoStruct *info) {
     fclose(f);
 }
 
-void print_json(cJSON *o) {
-    char *text = cJSON_PrintUnformatted(o);
-    printf("%s\n", text ? text : "{}");
-    cJSON_free(text);
-    cJSON_Delete(o);
-}
-
 cJSON *parameter_json(const char *name, const char *value, int rc) {
     cJSON *o = cJSON_CreateObject();
     cJSON_AddStringToObject(o, "name", name);
@@ -68,7 +61,7 @@ int list(bool json) {
         else
             printf("%-17s %s\n", row.snmp_parameter, rc == -1 ? "(not readable)" : value);
     }
-    if (json) print_json(all);
+    if (json) return ctl_emit(all, 0);
     return 0;
 }
 
@@ -76,8 +69,8 @@ int get(const char *name, bool json) {
     char value[kValueSize] = "";
     int rc = util_snmp_data_get_specified_parameter(name, value, sizeof value);
     if (json)
-        print_json(parameter_json(name, value, rc));
-    else if (rc != -1)
+        return ctl_emit(parameter_json(name, value, rc), rc == -1 ? 1 : 0);
+    if (rc != -1)
         printf("%s\n", value);
     else
         fprintf(stderr, "cmdlibctl snmp: '%s' is not a readable parameter\n", name);
@@ -107,17 +100,15 @@ int set(const char *name, const char *value, bool json) {
         fprintf(stderr, "cmdlibctl snmp: '%s' is not a writable parameter\n", name);
         return 1;
     }
-    if (json)
-        print_json(parameter_json(name, value, rc));
-    else
-        printf("%s set, result %d\n", name, rc);
+    if (json) return ctl_emit(parameter_json(name, value, rc), 0);
+    printf("%s set, result %d\n", name, rc);
     return 0;
 }
 
-// snmp [--json] list | get NAME | set NAME VALUE
+// snmp list | get NAME | set NAME VALUE
 int run_snmp(int argc, char **argv) {
-    bool json = argc > 1 && strcmp(argv[1], "--json") == 0;
-    int i = json ? 2 : 1;
+    const bool json = ctl_json();
+    const int i = 1;
     int rest = argc - i;
     util_snmp_data_prepare_to_get_parameters();
     fill_radio_fields(util_snmp_data_get_all_parameters());
@@ -129,4 +120,4 @@ int run_snmp(int argc, char **argv) {
 
 }  // namespace
 
-CMDLIBCTL_COMMAND("snmp", "[--json] list | get NAME | set NAME VALUE", run_snmp);
+CMDLIBCTL_COMMAND("snmp", "list | get NAME | set NAME VALUE", run_snmp);
