@@ -2,14 +2,14 @@
 // tests/golden/device_route_nat: listings from the real route -n,
 // iptables -S, iptables -t nat -S and ip6tables -S, the fix passes really
 // installing and deleting, and the kernel's listing afterwards as the proof.
-// Checkers are written as text (tests/common/checker_spec.h).
+// Checkers are written as text (tests/common/checker_text.h).
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "cmdlib/cmdlib_nat.h"
 #include "cmdlib/cmdlib_route.h"
-#include "common/checker_spec.h"
+#include "common/checker_text.h"
 #include "device.h"
 #include "device_steps.h"
 

@@ -32,13 +32,13 @@ struct Record {
 
 // A record filled from "FIELD=value;FIELD=value" (a value as long as its
 // field leaves no terminator).
-Record rec(const std::string &spec) {
+Record rec(const std::string &desc) {
     Record r;
-    for (size_t i = 0; i < spec.size();) {
-        size_t end = std::min(spec.find(';', i), spec.size()), eq = spec.find('=', i);
-        const cmdlib::InfoFieldDesc *f = cmdlib::find_info_field(spec.substr(i, eq - i));
-        EXPECT_NE(f, nullptr) << spec.substr(i, eq - i);
-        if (f) memcpy(cmdlib::info_field_ptr(&r.info, *f), &spec[eq + 1], std::min(end - eq - 1, f->width));
+    for (size_t i = 0; i < desc.size();) {
+        size_t end = std::min(desc.find(';', i), desc.size()), eq = desc.find('=', i);
+        const cmdlib::InfoFieldDesc *f = cmdlib::find_info_field(desc.substr(i, eq - i));
+        EXPECT_NE(f, nullptr) << desc.substr(i, eq - i);
+        if (f) memcpy(cmdlib::info_field_ptr(&r.info, *f), &desc[eq + 1], std::min(end - eq - 1, f->width));
         i = end + 1;
     }
     return r;

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "base/internal/line_reader.h"
-#include "common/checker_spec.h"
+#include "common/checker_text.h"
 #include "cmdlib/cmdlib_nat.h"
 #include "cmdlib/cmdlib_route.h"
 #include "common/golden.h"
@@ -44,9 +44,9 @@ std::string options(const std::string &line) {
 
 // What the fix pass runs for a rule checker: <none>, the command (<cut>
 // when it would not fit) and, after rules added to the nat table, the flush.
-std::string rule_fix(const std::string &spec) {
+std::string rule_fix(const std::string &desc) {
     cmdlib::CommandLine<256> cmd;
-    NATEntryChecker c = rule(spec);
+    NATEntryChecker c = rule(desc);
     if (!cmdlib::nat_fix_needed(c)) return "<none>";
     std::string got = cmdlib::nat_fix_command(c, &cmd) ? cmd.c_str() : "<cut>";
     return got + (cmdlib::nat_fix_flushes_conntrack(c) ? " ; conntrack -F" : "");
@@ -69,8 +69,8 @@ std::string rule_counts(const std::string &listing, const std::vector<NATEntryCh
     return out + "/ " + std::to_string(lines);
 }
 
-// Rule lines parsed, fix commands, and "rules LISTING|SPEC|..." and
-// "routes LISTING|SPEC|...": the counts of each checker on the listing
+// Rule lines parsed, fix commands, and "rules LISTING|CHECKER|..." and
+// "routes LISTING|CHECKER|...": the counts of each checker on the listing
 // (first checker wins, every selected option must be there, the read and
 // word limits).
 TEST(ListingChecks, Golden) {

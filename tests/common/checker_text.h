@@ -24,11 +24,11 @@ inline const char *const kRuleKeys[cmdlib::kNatFieldCount] = {"chain", "in",  "p
 inline const char *const kRouteKeys[] = {"dest", "gw", "mask", "dev"};  // kRouteColumns' order
 
 template <class Record, class Fields, class Flag>
-Record parse(std::string_view spec, const char *const *keys, size_t n_keys, Fields field,
+Record parse(std::string_view desc, const char *const *keys, size_t n_keys, Fields field,
              Flag flag) {
     Record r{};
     std::string_view w, key, value;
-    while (!(w = cmdlib::next_word(&spec)).empty()) {
+    while (!(w = cmdlib::next_word(&desc)).empty()) {
         if (!cmdlib::split_once(w, '=', &key, &value)) {
             flag(w, &r);
             continue;
@@ -45,9 +45,9 @@ Record parse(std::string_view spec, const char *const *keys, size_t n_keys, Fiel
     return r;
 }
 
-inline NATEntryChecker rule(std::string_view spec) {
+inline NATEntryChecker rule(std::string_view desc) {
     return parse<NATEntryChecker>(
-        spec, kRuleKeys, cmdlib::kNatFieldCount,
+        desc, kRuleKeys, cmdlib::kNatFieldCount,
         [](size_t k) { return std::make_pair(1u << k, cmdlib::kNatFieldText[k]); },
         [](std::string_view w, NATEntryChecker *c) {
             c->match_flags |= w == "v6"     ? NAT_MATCH_IPV6
@@ -58,14 +58,14 @@ inline NATEntryChecker rule(std::string_view spec) {
         });
 }
 
-inline RouteEntryChecker route(std::string_view spec) {
+inline RouteEntryChecker route(std::string_view desc) {
     RouteEntryChecker r = parse<RouteEntryChecker>(
-        spec, kRouteKeys, 4,
+        desc, kRouteKeys, 4,
         [](size_t k) {
             return std::make_pair(cmdlib::kRouteColumns[k].bit, cmdlib::kRouteColumns[k].field);
         },
         [](std::string_view, RouteEntryChecker *) {});
-    if (spec.find(" off") != std::string_view::npos) r.check_content = 0;
+    if (desc.find(" off") != std::string_view::npos) r.check_content = 0;
     return r;
 }
 
