@@ -63,7 +63,8 @@ has url      && run url host https://admin@10.64.0.80:8443/fw/t750.bin
 has ntp      && run ntp
 has export   && run export
 has export   && run export --json
-has macros   && run macros --json /tmp/cmdlib/macros.sh
+has macros   && { printf "\n\$ cmdlibctl --json macros /tmp/cmdlib/macros.sh | jq -c \x27{file, lines, macros: (.macros|length)}\x27\n"
+                  "$CTL" --json macros /tmp/cmdlib/macros.sh | jq -c "{file, lines, macros: (.macros|length)}"; }
 has macros   && { echo; echo "\$ . /tmp/cmdlib/macros.sh"; sh -c ". /tmp/cmdlib/macros.sh && env | grep -E ^REAL_ | sort"; }
 has front    && run front util_get_device_imei
 has front    && run front util_restart_wifi
