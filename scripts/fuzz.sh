@@ -19,21 +19,8 @@ secs=${1:-60}
 [[ $secs =~ ^[1-9][0-9]*$ ]] || { echo "usage: scripts/fuzz.sh [SECONDS] [NAME...]" >&2; exit 2; }
 shift $(($# > 0 ? 1 : 0))
 
-bash scripts/install-deps.sh
-# clang and its libFuzzer/sanitizer runtimes, for this build only.
-fuzz_pkgs=(clang libclang-rt-dev)
-missing=()
-for p in "${fuzz_pkgs[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  echo "installing: ${missing[*]}"
-  SUDO=""
-  [ "$(id -u)" -eq 0 ] || SUDO="sudo"
-  export DEBIAN_FRONTEND=noninteractive
-  $SUDO apt-get update -qq
-  $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
-fi
+# clang and its libFuzzer/sanitizer runtimes come with --fuzz.
+bash scripts/install-deps.sh --fuzz
 
 build=$root/build-fuzz
 # A folder configured with another compiler cannot be switched in place.

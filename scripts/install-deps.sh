@@ -4,9 +4,14 @@
 #   scripts/install-deps.sh            the native build, tests and demo
 #   scripts/install-deps.sh --aarch64  also the 64-bit Arm cross build and
 #                                      qemu-user to run its tests
+#   scripts/install-deps.sh --fuzz     also clang and its libFuzzer and
+#                                      sanitizer runtimes (scripts/fuzz.sh)
 set -euo pipefail
 # The ABI guard (scripts/check-abi.sh) of the native tests.
 extra=(abigail-tools)
+if [ "${1:-}" = "--fuzz" ]; then
+  extra+=(clang libclang-rt-dev)
+fi
 if [ "${1:-}" = "--aarch64" ]; then
   # The cross toolchain, the target's libraries (multiarch) and the emulator.
   extra+=(g++-aarch64-linux-gnu libcjson-dev:arm64 pkgconf:arm64 libgtest-dev:arm64
